@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# Runs every test and check, or the suites that are named, and counts them. Each works to its end
+# whatever happened before it. What the results add up to is decided by tests/house/summary.py.
+set -euo pipefail
+# shellcheck source=tools/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+all_suites=(unit bus workbench resources sanitize house lint)
+asked=("$@")
+if ! ((${#asked[@]})); then
+  asked=("${all_suites[@]}")
+fi
+for suite in "${asked[@]}"; do
+  if [[ " ${all_suites[*]} " != *" $suite "* ]]; then
+    die 2 "test: unknown suite '$suite'; there are: ${all_suites[*]}"
+  fi
+done
+
+# True when one of the named suites is asked for.
+wanted() {
+  local name
+  for name in "$@"; do
+    if [[ " ${asked[*]} " == *" $name "* ]]; then
+      return 0
+    fi
+  done
+  return 1
+}
+
+"$root/tools/setup.sh"
+# shellcheck source=tools/suites.sh
+source "$root/tools/suites.sh"
+
+release=0
+if wanted unit bus workbench resources lint; then
+  check 'build release' 1200 "$root/tools/build.sh" release
+  release=$status
+fi
+if wanted unit; then
+  if ((release == 0)); then unit unit release; else blocked unit; fi
+fi
+for suite in bus workbench resources; do
+  if wanted "$suite"; then
+    if ((release == 0)); then pytests "$suite" release "tests/$suite"; else blocked "$suite"; fi
+  fi
+done
+
+if wanted sanitize; then
+  check 'build sanitize' 1200 "$root/tools/build.sh" sanitize
+  if ((status == 0)); then
+    # Reports go to files: those of a daemon that a test started are then seen as well.
+    export ASAN_OPTIONS="detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1"
+    ASAN_OPTIONS+=":log_path=$sanitizer_reports/address"
+    export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+    UBSAN_OPTIONS+=":log_path=$sanitizer_reports/undefined"
+    unit 'unit under sanitizers' sanitize
+    pytests 'bus under sanitizers' sanitize tests/bus
+    unset ASAN_OPTIONS UBSAN_OPTIONS
+    no_sanitizer_reports
+  else
+    blocked 'unit under sanitizers'
+    blocked 'bus under sanitizers'
+  fi
+fi
+
+if wanted house; then
+  check 'floors' 60 "$python" "$root/tests/house/floors.py" "$root"
+  check 'rooms' 60 "$python" "$root/tests/house/rooms.py" "$root"
+  pytests 'house' release tests/house
+fi
+
+if wanted lint; then
+  check 'clang-format' 120 "$root/tools/lint.sh" format
+  check 'shellcheck' 120 "$root/tools/lint.sh" shell
+  if ((release == 0)); then
+    check 'clang-tidy' 1200 "$root/tools/lint.sh" tidy
+  else
+    blocked 'clang-tidy'
+  fi
+fi
+
+echo
+exec "$python" "$root/tests/house/summary.py" "$manifest" "$root/tests/house/allowed-skips.txt"

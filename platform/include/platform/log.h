@@ -1,0 +1,47 @@
+/*
+ * The platform log: one printf-style function. This is all that the daemon knows about where its
+ * lines go; it always writes to the system buffer, with one of three priorities, under one tag.
+ */
+#ifndef PLATFORM_LOG_H
+#define PLATFORM_LOG_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** The log buffers that the daemon writes to. */
+enum {
+    DLOG_BUFFER_SYSTEM = 2 /**< lines of system services */
+};
+
+/** The priorities that the daemon uses; the platform may know more. */
+enum {
+    DLOG_PRIORITY_DEBUG = 3,  /**< entry traces, list walks, values */
+    DLOG_PRIORITY_INFO = 4,   /**< what the daemon does and decides */
+    DLOG_PRIORITY_WARNING = 5 /**< something was missing, refused or failed */
+};
+
+/**
+ * Write one line to the platform log.
+ *
+ * The platform drops lines below its own threshold, and should do so before it formats anything:
+ * the daemon logs each step of a list walk and pays only for this call when the line is dropped.
+ * A line may hold text of a device (a product name, a path): any bytes but NUL, of any length.
+ *
+ * @param buf   log buffer, always DLOG_BUFFER_SYSTEM
+ * @param prio  DLOG_PRIORITY_DEBUG, DLOG_PRIORITY_INFO or DLOG_PRIORITY_WARNING
+ * @param tag   always "PORTMELD"
+ * @param fmt   printf format; never text that came from a device or a catalogue
+ * @return ignored by the daemon; 0 or more for a line that was taken or dropped on purpose,
+ *         negative for a failure
+ */
+#if defined(__GNUC__)
+__attribute__((format(printf, 4, 5)))
+#endif
+int __dlog_print(int buf, int prio, const char* tag, const char* fmt, ...);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,245 @@
+// The device list: insertion and removal with their counters, look-up, clean-up, the public queries, and
+// the number that tells devices of one product apart.
+//
+// Every walk logs each node and compares through the records' own strings, without copying them.
+#include <algorithm>
+
+#include "MMDeviceMgr.h"
+#include "MMLogger.h"
+
+namespace {
+
+CMMDeviceInfo* RecordOf(GList* pNode) {
+    return static_cast<CMMDeviceInfo*>(pNode->data);
+}
+
+const std::string& KeyOf(CMMDeviceInfo* pRecord) {
+    std::string* pKey = nullptr;
+    pRecord->GetDeviceKey(&pKey);
+    return *pKey;
+}
+
+}  // namespace
+
+int get_list_count(GList* pList) {
+    return pList != nullptr ? static_cast<int>(g_list_length(g_list_first(pList))) : 0;
+}
+
+int CMMDeviceMgr::m_DevListUpdate(CMMDeviceInfo* pDeviceInfo, bool bFlagInsert) {
+    if (bFlagInsert) {
+        m_DevInsertNode(pDeviceInfo);
+    } else {
+        m_DevDeleteNode(pDeviceInfo);
+    }
+    return MM_DEVICE_LIST_DONE;
+}
+
+/// Hand a new record to the list. The list refuses one whose key it holds already: that one is deleted,
+/// and the listed one is the result.
+CMMDeviceInfo* CMMDeviceMgr::m_ListOrDrop(std::unique_ptr<CMMDeviceInfo> pDeviceInfo) {
+    m_DevListUpdate(pDeviceInfo.get(), true);
+    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+        if (KeyOf(RecordOf(pNode)) == KeyOf(pDeviceInfo.get())) {
+            if (RecordOf(pNode) == pDeviceInfo.get()) {
+                return pDeviceInfo.release();
+            }
+            return RecordOf(pNode);
+        }
+    }
+    return nullptr;
+}
+
+int CMMDeviceMgr::m_DevInsertNode(CMMDeviceInfo* pNode) {
+    MM_INFO("pUsbDeviceHnd:%p", static_cast<void*>(pNode));
+    if (pNode == nullptr) {
+        MM_WARN("NULL == pNode");
+        return MM_DEVICE_LIST_INVALID;
+    }
+    const std::string& strKey = KeyOf(pNode);
+    MM_INFO("Device Key %s ", strKey.c_str());
+    if (m_DeviceIsInList(strKey)) {
+        MM_INFO("Device %s is in the list.", strKey.c_str());
+        return MM_DEVICE_LIST_DONE;
+    }
+    switch (pNode->GetFileSystemType()) {
+        case USB_FILESYSTEM_EXT4:
+            MM_INFO("EXT4 Count : %d", ++m_nExt4FsDeviceCount);
+            break;
+        case USB_FILESYSTEM_FAT:
+            MM_INFO("fat Count : %d", ++m_nFatFsDeviceCount);
+            break;
+        case USB_FILESYSTEM_EXFAT:
+            MM_INFO("exfat Count : %d", ++m_nExFatFsDeviceCount);
+            break;
+        case USB_FILESYSTEM_NTFS:
+            MM_INFO("ntfs Count : %d", ++m_nNtfsFsDeviceCount);
+            break;
+        default:
+            MM_WARN("Unknow device type");
+            break;
+    }
+    if (pNode->GetClass() == USB_CLASS_STILL_IMAGE) {
+        ++m_nFsType6DeviceCount;
+    }
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    m_pDevList = g_list_prepend(m_pDevList, pNode);
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    return MM_DEVICE_LIST_DONE;
+}
+
+int CMMDeviceMgr::m_DevDeleteNode(CMMDeviceInfo* pNode) {
+    MM_INFO("pNode:%p", static_cast<void*>(pNode));
+    if (pNode == nullptr) {
+        MM_WARN("NULL == pDeviceInfo");
+        return MM_DEVICE_LIST_INVALID;
+    }
+    if (!m_DeviceIsInList(KeyOf(pNode))) {
+        MM_INFO("Device is not in the list.");
+        return MM_DEVICE_LIST_DONE;
+    }
+    int* pCounter = m_FileSystemCounter(pNode->GetFileSystemType());
+    if (pCounter != nullptr && *pCounter > 0) {
+        --*pCounter;
+    }
+    if (pNode->GetClass() == USB_CLASS_STILL_IMAGE) {
+        --m_nFsType6DeviceCount;  // without a floor: it may go below 0
+    }
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    m_pDevList = g_list_remove(m_pDevList, pNode);
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    return MM_DEVICE_LIST_DONE;
+}
+
+/// The counter of a file-system type; null for a type that is not counted.
+int* CMMDeviceMgr::m_FileSystemCounter(int nFsType) {
+    switch (nFsType) {
+        case USB_FILESYSTEM_EXT4:
+            return &m_nExt4FsDeviceCount;
+        case USB_FILESYSTEM_FAT:
+            return &m_nFatFsDeviceCount;
+        case USB_FILESYSTEM_EXFAT:
+            return &m_nExFatFsDeviceCount;
+        case USB_FILESYSTEM_NTFS:
+            return &m_nNtfsFsDeviceCount;
+        default:
+            return nullptr;
+    }
+}
+
+bool CMMDeviceMgr::m_DeviceIsInList(const std::string& strKey) {
+    MM_INFO("pcDevName:%s", strKey.c_str());
+    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+        MM_INFO("pNode:%p", pNode->data);
+        if (KeyOf(RecordOf(pNode)) == strKey) {
+            return true;
+        }
+    }
+    return false;
+}
+
+CMMDeviceInfo* CMMDeviceMgr::m_SearchDevice(const std::string& strKey) {
+    MM_INFO("m_pDevList:%p,strDeviceKey :%s", static_cast<void*>(m_pDevList), strKey.c_str());
+    if (m_pDevList == nullptr) {
+        MM_INFO("m_pDevList is null");
+        return nullptr;
+    }
+    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+        MM_INFO("%p", pNode->data);
+        const std::string& strNodeKey = KeyOf(RecordOf(pNode));
+        MM_INFO("Device Key:%s", strNodeKey.c_str());
+        if (strNodeKey == strKey) {
+            MM_INFO("Finde device");
+            MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+            return RecordOf(pNode);
+        }
+    }
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    return nullptr;
+}
+
+void CMMDeviceMgr::m_DeviceListClean(_MMDeviceListType_E eListType) {
+    MM_INFO("m_pDevList:%p,eListType:%u", static_cast<void*>(m_pDevList),
+            static_cast<unsigned>(eListType));
+    if (eListType != MM_DEVICE_LIST_USB || m_pDevList == nullptr) {
+        return;
+    }
+    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+        m_DestroyRecord(RecordOf(pNode));
+    }
+    g_list_free(m_pDevList);
+    m_pDevList = nullptr;
+}
+
+void CMMDeviceMgr::m_NotifyClient(CMMDeviceInfo* pDeviceInfo) {
+    if (m_pDeviceNotifyCB != nullptr) {
+        m_pDeviceNotifyCB(m_pDeviceNotifyUserData);
+    }
+    if (m_pDeviceEventCB != nullptr) {
+        m_pDeviceEventCB(m_pDeviceEventUserData, pDeviceInfo, true);
+    }
+}
+
+int CMMDeviceMgr::m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMaxIndex) {
+    MM_INFO("IndexVector size :%d, MaxIndex:%d", static_cast<int>(vUsedIndexes.size()), nMaxIndex);
+    if (vUsedIndexes.empty() || nMaxIndex < 0) {
+        return 0;
+    }
+    // Used numbers marked once: the walk over the candidates stays linear. No more candidates than there
+    // are used numbers can be taken, so numbers above that need no mark.
+    std::vector<bool> vTaken(vUsedIndexes.size() + 2, false);
+    for (const int nUsed : vUsedIndexes) {
+        if (nUsed >= 0 && static_cast<std::size_t>(nUsed) < vTaken.size()) {
+            vTaken[static_cast<std::size_t>(nUsed)] = true;
+        }
+    }
+    // 1 is never given: the first device of a product has no number, the second is its number 2.
+    int nCandidate = 0;
+    while (nCandidate <= nMaxIndex && static_cast<std::size_t>(nCandidate) < vTaken.size() &&
+           vTaken[static_cast<std::size_t>(nCandidate)]) {
+        nCandidate = nCandidate == 0 ? 2 : nCandidate + 1;
+    }
+    return nCandidate;
+}
+
+int CMMDeviceMgr::GetDeviceCount() {
+    MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
+    const int nCount = get_list_count(m_pDevList);
+    MM_INFO("m_pDevList:%p nCount=%d", static_cast<void*>(m_pDevList), nCount);
+    return nCount;
+}
+
+int CMMDeviceMgr::GetDeviceCount(int nFsType) {
+    MM_INFO("FS type :%d", nFsType);
+    if (nFsType == USB_FILESYSTEM_EXFAT) {
+        MM_INFO("m_nExFatFsDeviceCount :%d", m_nExFatFsDeviceCount);
+        return m_nExFatFsDeviceCount;
+    }
+    int nCount = m_nExt4FsDeviceCount + m_nFatFsDeviceCount + m_nExFatFsDeviceCount +
+                 m_nNtfsFsDeviceCount + m_nFsType6DeviceCount;
+    if (nFsType == USB_CLASS_STILL_IMAGE) {
+        nCount = m_nFsType6DeviceCount;
+    } else if (const int* pCounter = m_FileSystemCounter(nFsType); pCounter != nullptr) {
+        nCount = *pCounter;
+    }
+    MM_INFO("%d", nCount);
+    return nCount;
+}
+
+int CMMDeviceMgr::GetDeviceInfo(std::string& strKey, CMMDeviceInfo* pDeviceInfo) {
+    MM_INFO("Device Name :%s, pDeviceInfo :%p", strKey.c_str(), static_cast<void*>(pDeviceInfo));
+    CMMDeviceInfo* pListed = m_SearchDevice(strKey);
+    if (pListed == nullptr || pDeviceInfo == nullptr) {
+        return MM_DEVICE_LIST_NOT_FOUND;
+    }
+    pDeviceInfo->Copy(pListed);
+    return MM_DEVICE_LIST_DONE;
+}
+
+GList* CMMDeviceMgr::GetDeviceList() {
+    MM_INFO("m_pDevList :%p", static_cast<void*>(m_pDevList));
+    if (m_pDevList == nullptr) {
+        m_RequestMassStorageList();
+        m_RequestPTPDeviceList();
+    }
+    return m_pDevList;
+}

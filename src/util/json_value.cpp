@@ -1,0 +1,297 @@
+// Building, reading and printing one JSON object with json-glib; see json_value.h. Every call to
+// the library is one that it takes without complaint: what a member is gets tested before it is
+// read.
+#include "json_value.h"
+
+#include <cstring>
+
+#include "MMLogger.h"
+#include "MMUtf8.h"
+
+namespace {
+
+/// Parsing is recursive: a text with more levels than this could exhaust the stack.
+constexpr int DEEPEST_LEVEL = 1000;
+
+/// The closing quote of the string that opens at `pQuote`, or null. Only double quotes know
+/// escapes.
+const char* EndOfString(const char* pQuote) {
+    for (const char* p = pQuote + 1; *p != '\0'; ++p) {
+        if (*p == *pQuote) {
+            return p;
+        }
+        if (*pQuote == '"' && *p == '\\' && *++p == '\0') {
+            return nullptr;
+        }
+    }
+    return nullptr;
+}
+
+/// Whether a text opens more levels of arrays and objects than are parsed. Reads strings and
+/// comments as json-glib's scanner does: it takes single quotes too, and for a comment whatever
+/// stands between two slashes. Never finds fewer levels than the scanner would.
+bool IsTooDeep(const char* pText) {
+    int nLevel = 0;
+    for (const char* p = pText; *p != '\0'; ++p) {
+        switch (*p) {
+            case '"':
+            case '\'':
+                p = EndOfString(p);
+                break;
+            case '/':
+                p = std::strchr(p + 1, '/');
+                break;
+            case '[':
+            case '{':
+                if (++nLevel > DEEPEST_LEVEL) {
+                    return true;
+                }
+                break;
+            case ']':
+            case '}':
+                nLevel -= nLevel > 0 ? 1 : 0;
+                break;
+            default:
+                break;
+        }
+        if (p == nullptr) {
+            return false;
+        }
+    }
+    return false;
+}
+
+/// Whether a node can be asked for a boolean, a number or a text.
+bool IsScalar(JsonNode* pNode) {
+    return JSON_NODE_HOLDS_VALUE(pNode) || JSON_NODE_HOLDS_NULL(pNode);
+}
+
+/// The text of a node; null when it holds none.
+const char* TextOf(JsonNode* pNode) {
+    return IsScalar(pNode) ? json_node_get_string(pNode) : nullptr;
+}
+
+}  // namespace
+
+CMMDeviceJsonValue::CMMDeviceJsonValue() {
+    m_CreateObject();
+}
+
+CMMDeviceJsonValue::CMMDeviceJsonValue(const std::string& strText) {
+    MM_INFO("str:%s", strText.c_str());
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    g_type_init();
+    G_GNUC_END_IGNORE_DEPRECATIONS
+
+    m_pJsonParser = json_parser_new();
+    if (m_pJsonParser == nullptr) {
+        MM_WARN("----------json parser create error-----------\n");
+        return;
+    }
+    MM_INFO("m_pJsonParser:%p", static_cast<void*>(m_pJsonParser));
+    const char* pText = strText.c_str();
+    if (IsTooDeep(pText) || !json_parser_load_from_data(m_pJsonParser, pText, -1, nullptr)) {
+        MM_WARN("----------json parser load data error-----------\n");
+        m_ReleaseParser();
+        return;
+    }
+    JsonNode* pRoot = json_parser_get_root(m_pJsonParser);
+    if (pRoot == nullptr || !JSON_NODE_HOLDS_OBJECT(pRoot)) {
+        MM_WARN("----------json object create error-----------\n");
+        m_ReleaseParser();
+        return;
+    }
+    m_pJsonObject = json_node_get_object(pRoot);
+    MM_INFO("m_pJsonParser:%p", static_cast<void*>(m_pJsonParser));
+}
+
+void CMMDeviceJsonValue::Destroy(bool bReleaseObject) {
+    if (m_pJsonObject != nullptr && bReleaseObject) {
+        MM_INFO("unref JsonObject");
+        m_ReleaseObject();
+    }
+    if (m_pJsonParser != nullptr) {
+        MM_INFO("m_pJsonParser:%p", static_cast<void*>(m_pJsonParser));
+        m_ReleaseParser();
+    }
+}
+
+void CMMDeviceJsonValue::Clear() {
+    if (m_pJsonObject != nullptr) {
+        MM_INFO("----------unref-----------\n");
+        m_ReleaseObject();
+    }
+    m_pJsonParser = nullptr;
+    m_CreateObject();
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, bool bValue) {
+    if (m_pJsonObject == nullptr) {
+        return m_Refuse(strKey);
+    }
+    json_object_set_boolean_member(m_pJsonObject, strKey.c_str(), bValue);
+    return true;
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, int nValue) {
+    if (m_pJsonObject == nullptr) {
+        return m_Refuse(strKey);
+    }
+    json_object_set_int_member(m_pJsonObject, strKey.c_str(), nValue);
+    return true;
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, const std::string& strValue) {
+    if (m_pJsonObject == nullptr) {
+        return m_Refuse(strKey);
+    }
+    json_object_set_string_member(m_pJsonObject, strKey.c_str(), MMJsonUtf8(strValue).c_str());
+    return true;
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, const char* pValue) {
+    if (m_pJsonObject != nullptr && pValue == nullptr) {
+        json_object_set_null_member(m_pJsonObject, strKey.c_str());
+        return true;
+    }
+    return Set(strKey, std::string(pValue != nullptr ? pValue : ""));
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, const std::vector<std::string>& vValues) {
+    if (m_pJsonObject == nullptr || vValues.empty()) {
+        return m_Refuse(strKey);
+    }
+    JsonArray* pArray = json_array_new();
+    if (pArray == nullptr) {
+        MM_INFO("Error!!! json_array_new fail..\n");
+        return false;
+    }
+    for (const std::string& strValue : vValues) {
+        json_array_add_string_element(pArray, MMJsonUtf8(strValue).c_str());
+    }
+    json_object_set_array_member(m_pJsonObject, strKey.c_str(), pArray);
+    return true;
+}
+
+bool CMMDeviceJsonValue::Set(const std::string& strKey, JsonArray* pArray) {
+    if (m_pJsonObject == nullptr || pArray == nullptr) {
+        MM_INFO("!m_pJsonObject || !array");
+        return false;
+    }
+    json_object_set_array_member(m_pJsonObject, strKey.c_str(), pArray);
+    return true;
+}
+
+bool CMMDeviceJsonValue::Get(const std::string& strKey, bool& bValue) {
+    JsonNode* pMember = m_Member(strKey, "get");
+    if (pMember == nullptr) {
+        return false;
+    }
+    bValue = IsScalar(pMember) && json_node_get_boolean(pMember);
+    return true;
+}
+
+bool CMMDeviceJsonValue::Get(const std::string& strKey, int& nValue) {
+    JsonNode* pMember = m_Member(strKey, "get");
+    if (pMember == nullptr) {
+        return false;
+    }
+    nValue = IsScalar(pMember) ? static_cast<int>(json_node_get_int(pMember)) : 0;
+    return true;
+}
+
+bool CMMDeviceJsonValue::Get(const std::string& strKey, std::string& strValue) {
+    JsonNode* pMember = m_Member(strKey, "get");
+    if (pMember == nullptr) {
+        return false;
+    }
+    const char* pText = TextOf(pMember);
+    strValue = pText != nullptr ? pText : "";
+    return true;
+}
+
+bool CMMDeviceJsonValue::Get(const std::string& strKey, std::vector<std::string>& vValues) {
+    JsonNode* pMember = m_Member(strKey, "set");
+    if (pMember == nullptr) {
+        return false;
+    }
+    if (!JSON_NODE_HOLDS_ARRAY(pMember)) {
+        MM_WARN("Error!!! json_array_new fail..\n");
+        return false;
+    }
+    JsonArray* pArray = json_node_get_array(pMember);
+    const unsigned nLength = json_array_get_length(pArray);
+    for (unsigned i = 0; i < nLength; ++i) {
+        if (const char* pText = TextOf(json_array_get_element(pArray, i))) {
+            vValues.emplace_back(pText);
+        }
+    }
+    return true;
+}
+
+void CMMDeviceJsonValue::Remove(const std::string& strKey) {
+    if (m_pJsonObject != nullptr) {
+        json_object_remove_member(m_pJsonObject, strKey.c_str());
+    }
+}
+
+std::string CMMDeviceJsonValue::ToString() {
+    if (m_pJsonObject == nullptr) {
+        return "";
+    }
+    g_autoptr(JsonGenerator) pGenerator = json_generator_new();
+    if (pGenerator == nullptr) {
+        MM_WARN("Error!!! json_generator_new.\n");
+        return "";
+    }
+    g_autoptr(JsonNode) pNode = json_node_new(JSON_NODE_OBJECT);
+    if (pNode == nullptr) {
+        MM_WARN("Error!!! json_node_new.\n");
+        return "";
+    }
+    json_node_set_object(pNode, m_pJsonObject);
+    json_generator_set_root(pGenerator, pNode);
+    g_autofree char* pText = json_generator_to_data(pGenerator, nullptr);
+    return pText;
+}
+
+void CMMDeviceJsonValue::m_CreateObject() {
+    m_bOwnObject = true;
+    m_pJsonObject = json_object_new();
+    if (m_pJsonObject == nullptr) {
+        MM_INFO("----------json object create error-----------\n");
+    }
+}
+
+/// Let the object go; a parser's stays the parser's.
+void CMMDeviceJsonValue::m_ReleaseObject() {
+    if (m_bOwnObject) {
+        json_object_unref(m_pJsonObject);
+    }
+    m_pJsonObject = nullptr;
+}
+
+/// Let the parser go; an object that came from it goes with it.
+void CMMDeviceJsonValue::m_ReleaseParser() {
+    g_clear_object(&m_pJsonParser);
+    m_pJsonObject = nullptr;
+}
+
+bool CMMDeviceJsonValue::m_Refuse(const std::string& strKey) {
+    MM_WARN("Error!!! set fail. jsonvalue is invalid type[%s].\n", strKey.c_str());
+    return false;
+}
+
+/// The member that a getter is after; null, and said so, when there is none.
+JsonNode* CMMDeviceJsonValue::m_Member(const std::string& strKey, const char* pOperation) {
+    MM_INFO("key :%s,m_pJsonObject:%p", strKey.c_str(), static_cast<void*>(m_pJsonObject));
+    if (m_pJsonObject == nullptr) {
+        MM_WARN("Error!!! %s fail. jsonvalue is invalid type[%s].\n", pOperation, strKey.c_str());
+        return nullptr;
+    }
+    JsonNode* pMember = json_object_get_member(m_pJsonObject, strKey.c_str());
+    if (pMember == nullptr) {
+        MM_WARN("there is no field: \"%s\" in the json object.", strKey.c_str());
+    }
+    return pMember;
+}

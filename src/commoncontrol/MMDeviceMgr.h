@@ -84,16 +84,18 @@ public:
     /// Always true: refused subscriptions are logged only.
     bool Create();
 
-    /// Give back what Create() and the start-up timer took from the platform, and empty the list.
+    /// Give back what Create() and the start-up timer took from the platform, and empty the list. The two
+    /// settings watches and pending timers stay: the process is about to end.
     void Destroy();
 
     /// Who is told of device events: (user data, record, true attached / false removed). The record is
     /// lent for the call. Null to stop.
     void SetDeviceEventCallback(void (*pCallback)(void*, CMMDeviceInfo*, bool), void* pUserData);
 
-    /// Allow or forbid connection pop-ups and demo playback on connection.
+    /// Allow or forbid what a connection starts: pop-up, demo playback, telling the companion application.
     void SetActivated(bool bActivated);
 
+    /// Note that the TV is in standby, or no longer; a power-off notice clears it too.
     void SetStandby(bool bStandby);
     bool IsStandby();
 
@@ -234,7 +236,7 @@ private:
     int m_nExFatFsDeviceCount;
     int m_nNtfsFsDeviceCount;
     int m_nFsType6DeviceCount;  // cameras
-    bool m_bActivated;          // pop-ups and demo playback on connection allowed
+    bool m_bActivated;          // connections may start something
     bool m_bStandby;
     bool m_bNotificationShown;             // a removal notice is on screen
     std::string m_strShownNotification;    // whose
@@ -242,11 +244,12 @@ private:
     CCSFDeviceCheckHandle* m_hScanHandle;  // of the last scan, which may be long over
     int m_eNotifactiontype;                // last connection pop-up: 1 browse, 0 play, -1 none yet
     _stScanFileData m_stScanFileData;
-    CMMDeviceInfo* m_pDeviceInfo;           // what the pop-up or launch is about; lent by the list
+    CMMDeviceInfo* m_pDeviceInfo;           // what the pop-up or launch is about; not owned
     CMMDeviceInfo* m_pDisplayedDeviceInfo;  // of the last browse pop-up; only compared
 
-    CMMDeviceInfo* m_pRetiredDeviceInfo;  // owned: the displayed record, once it left the list
-    GList* m_pDroppedList;                // owned: records of lists dropped by wake-ups
+    CMMDeviceInfo*
+        m_pRetiredDeviceInfo;  // owned: the displayed record, once it was to be destroyed
+    GList* m_pDroppedList;     // owned: records of lists dropped by wake-ups
 
     static CMMDeviceMgr* m_pInstance;
 };

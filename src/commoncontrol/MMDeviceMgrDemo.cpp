@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <memory>
+#include <utility>
 
 #include "MMDeviceMgr.h"
 #include "MMLiveObjects.h"

@@ -1,5 +1,5 @@
 // What a device is: reading a USB handle into a record - identity, key, names with their numbers,
-// storage facts - and telling a disk of several partitions.
+// storage facts - and the test that keeps the scan off a multi-partition disk.
 #include <sys/statfs.h>
 
 #include <algorithm>
@@ -93,10 +93,9 @@ void CMMDeviceMgr::m_GetUsbStorageInfo(usb_device_s* pUsbDeviceHnd, CMMDeviceInf
         pDeviceNode->SetDamageFlag(true);
     }
 
-    const std::string strProduct = UsbText(usb_device_get_product(pUsbDeviceHnd));
     pDeviceNode->SetManufacturer(UsbText(usb_device_get_manufacturer(pUsbDeviceHnd)));
-    pDeviceNode->SetProduct(strProduct);
-    pDeviceNode->SetDisplayName(strProduct);
+    pDeviceNode->SetProduct(UsbText(usb_device_get_product(pUsbDeviceHnd)));
+    pDeviceNode->SetDisplayName(UsbText(usb_device_get_product(pUsbDeviceHnd)));
     pDeviceNode->SetDeviceName(UsbText(usb_device_get_devname(pUsbDeviceHnd)));
     pDeviceNode->SetDevicePath(UsbText(usb_device_get_devpath(pUsbDeviceHnd)));
     pDeviceNode->SetMountpath(UsbText(usb_device_get_mountpath(pUsbDeviceHnd)));

@@ -124,17 +124,18 @@ void CMMDeviceMgr::m_LaunchFolian() {
         const int nTotal = m_pDeviceInfo->GetTotalSize();
         const int nUsed = m_pDeviceInfo->GetUsedSize();
         // Sizes were cut to 32 bits, so their difference wraps as they do.
-        const int nAvailable =
-            static_cast<int>(static_cast<unsigned>(nTotal) - static_cast<unsigned>(nUsed));
+        const std::string strAvailable = std::to_string(
+            static_cast<int>(static_cast<unsigned>(nTotal) - static_cast<unsigned>(nUsed)));
+        const std::string strTotal = std::to_string(nTotal);
         m_AddExtraData("device_type", "USB");
         m_AddExtraData("device_busnumber", "-1");
         m_AddExtraData("device_addressnumber", "-1");
         m_AddExtraData("vendor_name", m_pDeviceInfo->GetProduct());
         MM_INFO("total=[%d],used=[%d]", nTotal, nUsed);
-        m_AddExtraData("available_size", nAvailable);
-        MM_INFO("size=1[%d]", nAvailable);
-        m_AddExtraData("total_size", nTotal);
-        MM_INFO("size=2[%d]", nTotal);
+        m_AddExtraData("available_size", strAvailable);
+        MM_INFO("size=1[%s]", strAvailable.c_str());
+        m_AddExtraData("total_size", strTotal);
+        MM_INFO("size=2[%s]", strTotal.c_str());
         MM_INFO("Select storage device");
         CMMLogService::Get()->OnSelectUSBCommand(USB_LOG_BROWSER_LAUNCHED, "USB");
     }

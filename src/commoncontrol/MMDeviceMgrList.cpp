@@ -1,7 +1,7 @@
 // The device list: insertion and removal with their counters, look-up, clean-up, the public queries, and
 // the number that tells devices of one product apart.
 //
-// Every walk logs each node and compares through the records' own strings, without copying them.
+// Look-ups log each node that they pass, and compare through the records' own strings without copying.
 #include <algorithm>
 
 #include "MMDeviceMgr.h"
@@ -18,6 +18,23 @@ const std::string& KeyOf(CMMDeviceInfo* pRecord) {
     pRecord->GetDeviceKey(&pKey);
     return *pKey;
 }
+
+/// What the log calls the counter of a file-system type that is counted.
+const char* CounterName(int nFsType) {
+    switch (nFsType) {
+        case USB_FILESYSTEM_EXT4:
+            return "EXT4";
+        case USB_FILESYSTEM_FAT:
+            return "fat";
+        case USB_FILESYSTEM_EXFAT:
+            return "exfat";
+        default:
+            return "ntfs";
+    }
+}
+
+/// Asks for the number of cameras, where file-system types ask for those of a file system.
+constexpr int COUNT_CAMERAS = 6;
 
 }  // namespace
 
@@ -38,15 +55,11 @@ int CMMDeviceMgr::m_DevListUpdate(CMMDeviceInfo* pDeviceInfo, bool bFlagInsert) 
 /// and the listed one is the result.
 CMMDeviceInfo* CMMDeviceMgr::m_ListOrDrop(std::unique_ptr<CMMDeviceInfo> pDeviceInfo) {
     m_DevListUpdate(pDeviceInfo.get(), true);
-    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
-        if (KeyOf(RecordOf(pNode)) == KeyOf(pDeviceInfo.get())) {
-            if (RecordOf(pNode) == pDeviceInfo.get()) {
-                return pDeviceInfo.release();
-            }
-            return RecordOf(pNode);
-        }
+    GList* pNode = m_pDevList;  // a record that was taken is at the head
+    while (KeyOf(RecordOf(pNode)) != KeyOf(pDeviceInfo.get())) {
+        pNode = pNode->next;
     }
-    return nullptr;
+    return RecordOf(pNode) == pDeviceInfo.get() ? pDeviceInfo.release() : RecordOf(pNode);
 }
 
 int CMMDeviceMgr::m_DevInsertNode(CMMDeviceInfo* pNode) {
@@ -61,22 +74,12 @@ int CMMDeviceMgr::m_DevInsertNode(CMMDeviceInfo* pNode) {
         MM_INFO("Device %s is in the list.", strKey.c_str());
         return MM_DEVICE_LIST_DONE;
     }
-    switch (pNode->GetFileSystemType()) {
-        case USB_FILESYSTEM_EXT4:
-            MM_INFO("EXT4 Count : %d", ++m_nExt4FsDeviceCount);
-            break;
-        case USB_FILESYSTEM_FAT:
-            MM_INFO("fat Count : %d", ++m_nFatFsDeviceCount);
-            break;
-        case USB_FILESYSTEM_EXFAT:
-            MM_INFO("exfat Count : %d", ++m_nExFatFsDeviceCount);
-            break;
-        case USB_FILESYSTEM_NTFS:
-            MM_INFO("ntfs Count : %d", ++m_nNtfsFsDeviceCount);
-            break;
-        default:
-            MM_WARN("Unknow device type");
-            break;
+    const int nFsType = pNode->GetFileSystemType();
+    if (int* pCounter = m_FileSystemCounter(nFsType); pCounter != nullptr) {
+        ++*pCounter;
+        MM_INFO("%s Count : %d", CounterName(nFsType), *pCounter);
+    } else {
+        MM_WARN("Unknow device type");
     }
     if (pNode->GetClass() == USB_CLASS_STILL_IMAGE) {
         ++m_nFsType6DeviceCount;
@@ -184,8 +187,8 @@ int CMMDeviceMgr::m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMax
     if (vUsedIndexes.empty() || nMaxIndex < 0) {
         return 0;
     }
-    // Used numbers marked once: the walk over the candidates stays linear. No more candidates than there
-    // are used numbers can be taken, so numbers above that need no mark.
+    // Used numbers marked once: the walk over the candidates stays linear. Of the first n + 1 candidates
+    // n used numbers leave one free, so higher numbers need no mark.
     std::vector<bool> vTaken(vUsedIndexes.size() + 2, false);
     for (const int nUsed : vUsedIndexes) {
         if (nUsed >= 0 && static_cast<std::size_t>(nUsed) < vTaken.size()) {
@@ -194,8 +197,7 @@ int CMMDeviceMgr::m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMax
     }
     // 1 is never given: the first device of a product has no number, the second is its number 2.
     int nCandidate = 0;
-    while (nCandidate <= nMaxIndex && static_cast<std::size_t>(nCandidate) < vTaken.size() &&
-           vTaken[static_cast<std::size_t>(nCandidate)]) {
+    while (nCandidate <= nMaxIndex && vTaken[static_cast<std::size_t>(nCandidate)]) {
         nCandidate = nCandidate == 0 ? 2 : nCandidate + 1;
     }
     return nCandidate;
@@ -216,7 +218,7 @@ int CMMDeviceMgr::GetDeviceCount(int nFsType) {
     }
     int nCount = m_nExt4FsDeviceCount + m_nFatFsDeviceCount + m_nExFatFsDeviceCount +
                  m_nNtfsFsDeviceCount + m_nFsType6DeviceCount;
-    if (nFsType == USB_CLASS_STILL_IMAGE) {
+    if (nFsType == COUNT_CAMERAS) {
         nCount = m_nFsType6DeviceCount;
     } else if (const int* pCounter = m_FileSystemCounter(nFsType); pCounter != nullptr) {
         nCount = *pCounter;

@@ -1,5 +1,5 @@
-// Power events, and what follows from them: the list is rebuilt after a wake-up, pop-ups are forbidden
-// from a power-off until 60 s after the next wake-up, and the shop demo is started again.
+// Power events, and what follows from them: the list is rebuilt after a wake-up, connections start
+// nothing from a real power-off until 60 s after the next wake-up, and the shop demo is started again.
 #include <platform/power.h>
 
 #include "MMDeviceMgr.h"

@@ -7,16 +7,6 @@
 #include "MMLogger.h"
 #include "json_value.h"
 
-namespace {
-
-int IntMember(CMMDeviceJsonValue& jsonValue, const char* pKey) {
-    int nValue = 0;
-    jsonValue.Get(pKey, nValue);
-    return nValue;
-}
-
-}  // namespace
-
 bool CMMDeviceMgr::m_OnScanDeviceCB(void* pThis,
                                     CCSFDeviceCheckHandle* /*pHandle*/,
                                     csf_event_e eEvent,
@@ -45,21 +35,25 @@ bool CMMDeviceMgr::m_OnScanDeviceCB(void* pThis,
 
 void CMMDeviceMgr::m_TakeScanResult(CMMDeviceJsonValue& jsonValue) {
     int nMediaType = -1;
+    int nSize = 0;
+    int nModified = 0;
     jsonValue.Get("MEDIA_TYPE", nMediaType);
     jsonValue.Get("DISPLAY_NAME", m_stScanFileData.strFileName);
     jsonValue.Get("FILE_PATH", m_stScanFileData.strFilePath);
     switch (nMediaType) {
         case CSF_MEDIA_PHOTO: {
             m_stScanFileData.nType = SCAN_FILE_PHOTO;
-            int nSize = IntMember(jsonValue, "SIZE");
-            std::time_t nTime = IntMember(jsonValue, "MODIFIED_TIME");
+            jsonValue.Get("SIZE", nSize);
+            jsonValue.Get("MODIFIED_TIME", nModified);
+            std::time_t nTime = nModified;
             m_stScanFileData.strSize = m_GetSizeStr(&nSize);
             m_stScanFileData.strDate = m_GetTimeStr(&nTime);
             break;
         }
         case CSF_MEDIA_VIDEO: {
             m_stScanFileData.nType = SCAN_FILE_VIDEO;
-            std::time_t nTime = IntMember(jsonValue, "MODIFIED_TIME");
+            jsonValue.Get("MODIFIED_TIME", nModified);
+            std::time_t nTime = nModified;
             m_stScanFileData.strDate = m_GetTimeStr(&nTime);
             std::string strBase;
             m_GetFileName(m_stScanFileData.strFileName, strBase, m_stScanFileData.strFormat);

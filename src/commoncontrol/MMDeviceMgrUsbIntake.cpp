@@ -1,7 +1,8 @@
 // USB events into the device list: "added" lists a mass-storage device, "mounted" makes it known to the
-// viewer, "removed" takes it out again; a camera is ready as soon as it is added. With an empty list all
-// attached devices are enumerated first.
+// viewer, "removed" takes it out again; a camera is ready as soon as it is added. An attach event that
+// meets an empty list has all attached devices enumerated first.
 #include <memory>
+#include <utility>
 
 #include "MMDeviceMgr.h"
 #include "MMLiveObjects.h"

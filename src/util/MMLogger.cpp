@@ -22,13 +22,12 @@ CMMLogService* CMMLogService::Get() {
 }
 
 void CMMLogService::Create() {
-    m_pKPILogService = new CKPILogService();
+    m_pKPILogService = std::make_unique<CKPILogService>();
     m_pKPILogService->SetKPILogServiceconfInfo(KPI_APP_USB);
 }
 
 void CMMLogService::Destroy() {
-    delete m_pKPILogService;
-    m_pKPILogService = nullptr;
+    m_pKPILogService.reset();
     delete m_pLoggerInstance;
     m_pLoggerInstance = nullptr;
 }

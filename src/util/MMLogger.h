@@ -5,6 +5,7 @@
 // included.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include <platform/log.h>
@@ -27,8 +28,8 @@ inline const char* MMText(const char* text) {
 }
 
 // MM_DEBUG("") logs an entry trace (prefix only), MM_DEBUG("text %d", n) a value; MM_INFO and
-// MM_WARN likewise, in the colours of their priority. The format is a literal (it is joined with the prefix
-// while compiling): text of devices and catalogues is only ever an argument.
+// MM_WARN likewise, in the colours of their priority. The format is a literal (it is joined with
+// the prefix while compiling): text of devices and catalogues is only ever an argument.
 #define MM_DEBUG(...) MM_PICK_(MM_PLAIN_, __VA_ARGS__)(DLOG_PRIORITY_DEBUG, "", __VA_ARGS__)
 #define MM_INFO(...) \
     MM_PICK_(MM_MARKED_, __VA_ARGS__)(DLOG_PRIORITY_INFO, "\033[32m[INFO]", __VA_ARGS__)
@@ -99,6 +100,6 @@ public:
     void OnSelectUSBCommand(USB_LOG_TYPE type, std::string text);
 
 private:
-    CKPILogService* m_pKPILogService = nullptr;
+    std::unique_ptr<CKPILogService> m_pKPILogService;
     static CMMLogService* m_pLoggerInstance;
 };

@@ -252,7 +252,7 @@ std::string CMMDeviceJsonValue::ToString() {
     json_node_set_object(pNode, m_pJsonObject);
     json_generator_set_root(pGenerator, pNode);
     g_autofree char* pText = json_generator_to_data(pGenerator, nullptr);
-    return pText;
+    return pText != nullptr ? pText : "";
 }
 
 void CMMDeviceJsonValue::m_CreateObject() {

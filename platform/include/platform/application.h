@@ -2,7 +2,8 @@
  * Applications: asking whether one runs, and launching one with extra data.
  *
  * The daemon launches through a single handle for its whole life, so extra data accumulate: a launch
- * carries every key that was ever added, each with its latest value. It launches or asks after:
+ * carries every key that was ever added, each with its latest value. All functions here are called on the
+ * plug path: none may wait for another process. It launches or asks after:
  *
  *   "org.norvane.lumet"      companion UI application     "org.norvane.shopreel"   demo player
  *   "org.quillon.folian"     content browser              "org.norvane.floorreel"  internal demo player

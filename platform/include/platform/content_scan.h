@@ -33,7 +33,7 @@ typedef enum csf_event_e {
 enum { CSF_MEDIA_PHOTO = 2, CSF_MEDIA_VIDEO = 3, CSF_MEDIA_MUSIC = 5 };
 
 /**
- * A scan has something to tell. Comes on the default main context, after csf_check_device_v2() has
+ * A scan has something to tell; CSF_EVENT_SINGLE_MEDIA at most once. Comes on the default main context, after csf_check_device_v2() has
  * returned, and not after the scan was stopped.
  *
  * With CSF_EVENT_SINGLE_MEDIA `json` is one JSON object, UTF-8, with these members:

@@ -16,13 +16,15 @@ enum {
 
 /** The priorities that the daemon uses; the platform may know more. */
 enum {
-    DLOG_PRIORITY_DEBUG = 3,  /**< entry traces, list walks, values */
-    DLOG_PRIORITY_INFO = 4,   /**< what the daemon does and decides */
+    DLOG_PRIORITY_DEBUG = 3, /**< entry traces and values */
+    DLOG_PRIORITY_INFO =
+        4, /**< what the daemon does and decides, each step of a list walk included */
     DLOG_PRIORITY_WARNING = 5 /**< something was missing, refused or failed */
 };
 
 /**
- * Write one line to the platform log.
+ * Write one line to the platform log. Lines of info and warning carry colour escapes ("\\033[32m" to
+ * "\\033[0m"), and some messages a line feed before the last of them: a platform may drop both.
  *
  * The platform drops lines below its own threshold, and should do so before it formats anything:
  * the daemon logs each step of a list walk and pays only for this call when the line is dropped.

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #else
+#include <stddef.h>
 #include <stdint.h>
 #endif
 
@@ -41,27 +42,26 @@ enum {
  * returns. A null text or path means: none.
  */
 typedef struct NotificationRecord {
-    int32_t nWord0;      /**< offset  0: NOTIFICATION_WORD_0 */
-    int32_t nWord4;      /**< offset  4: NOTIFICATION_WORD_4 */
-    int32_t nWord8;      /**< offset  8: NOTIFICATION_WORD_8 */
-    const char* pSender; /**< offset 12: "portmeld" */
-    int32_t nItemType;   /**< offset 16: one of NOTIFICATION_ITEM_... */
-    int32_t nReserved20; /**< offset 20: 0 */
-    int32_t
-        nTimeout; /**< offset 24: NOTIFICATION_TIMEOUT_..., in the service's unit (seconds on a TV) */
-    int32_t nReserved28;           /**< offset 28: 0 */
-    const char* pTitle;            /**< offset 32 */
-    const char* pBody;             /**< offset 36 */
-    const char* pSourceIcon;       /**< offset 40: path of a picture, or null */
-    int32_t nReserved44;           /**< offset 44: 0 */
-    int32_t nReserved48;           /**< offset 48: 0 */
-    int32_t nReserved52;           /**< offset 52: 0 */
-    int32_t nButtonCount;          /**< offset 56: 0 or 2 */
-    int32_t nReserved60;           /**< offset 60: 0 */
-    const char* pFirstButton;      /**< offset 64: label, or null */
-    const char* pSecondButton;     /**< offset 68: label, or null */
-    int32_t nReserved72;           /**< offset 72: 0 */
-    const char* pFirstButtonIcon;  /**< offset 76: path of a picture, or null */
+    int32_t nWord0;               /**< offset  0: NOTIFICATION_WORD_0 */
+    int32_t nWord4;               /**< offset  4: NOTIFICATION_WORD_4 */
+    int32_t nWord8;               /**< offset  8: NOTIFICATION_WORD_8 */
+    const char* pSender;          /**< offset 12: "portmeld" */
+    int32_t nItemType;            /**< offset 16: one of NOTIFICATION_ITEM_... */
+    int32_t nReserved20;          /**< offset 20: 0 */
+    int32_t nTimeout;             /**< offset 24: NOTIFICATION_TIMEOUT_..., in the service's unit */
+    int32_t nReserved28;          /**< offset 28: 0 */
+    const char* pTitle;           /**< offset 32 */
+    const char* pBody;            /**< offset 36 */
+    const char* pSourceIcon;      /**< offset 40: path of a picture, or null */
+    int32_t nReserved44;          /**< offset 44: 0 */
+    int32_t nReserved48;          /**< offset 48: 0 */
+    int32_t nReserved52;          /**< offset 52: 0 */
+    int32_t nButtonCount;         /**< offset 56: 0 or 2 */
+    int32_t nReserved60;          /**< offset 60: 0 */
+    const char* pFirstButton;     /**< offset 64: label, or null */
+    const char* pSecondButton;    /**< offset 68: label, or null */
+    int32_t nReserved72;          /**< offset 72: 0 */
+    const char* pFirstButtonIcon; /**< offset 76: path of a picture, or null */
     const char* pSecondButtonIcon; /**< offset 80: path of a picture, or null */
     int32_t nReserved84;           /**< offset 84: 0 */
 } NotificationRecord;
@@ -77,7 +77,11 @@ typedef void (*notification_button_callback_fn)(int item_type, int button_index,
 /** A pop-up stood until its time-out. @param item_type the pop-up's item type */
 typedef void (*notification_timeout_callback_fn)(int item_type, void* user_data);
 
-/** A pop-up was hidden before its time-out. @param text not used by the daemon, may be null */
+/**
+ * A pop-up was hidden before its time-out: by the viewer, or by something that took its place. A button
+ * press is no hiding.
+ * @param text  not used by the daemon, may be null
+ */
 typedef void (*notification_hide_callback_fn)(char* text, void* user_data);
 
 /**
@@ -89,8 +93,12 @@ typedef void (*notification_hide_callback_fn)(char* text, void* user_data);
 int init_notification_data_manager(const char* sender, int flags);
 
 /**
- * Show a pop-up. Copies every text before it returns. Which pop-up stays visible when one is shown
- * over another is the service's affair; a replaced one sends no callback.
+ * Show a pop-up. Copies every text before it returns.
+ *
+ * Which pop-up stays visible when one is shown over another is the service's affair. A pop-up with
+ * buttons that was replaced sends no callback any more. A removal notice that was replaced or covered
+ * still reports its time-out, or that it was hidden: until one of the two comes the daemon shows no
+ * further removal notice.
  * @param record  borrowed until the return
  * @return 0 = shown (or on its way); anything else: this pop-up will not be seen. The daemon logs the
  *         failure and goes on.
@@ -111,11 +119,18 @@ int close_notification_data_manager(void);
 
 #ifdef __cplusplus
 }
+#endif
 
 /* The layout that TVs have: 88 bytes, and every member where the service looks for it. */
-static_assert(sizeof(void*) != 4 || sizeof(NotificationRecord) == 88, "88 bytes");
-#define PLATFORM_ASSERT_OFFSET(member, offset) \
-    static_assert(sizeof(void*) != 4 || offsetof(NotificationRecord, member) == (offset), #member)
+#ifdef __cplusplus
+#define PLATFORM_STATIC_ASSERT static_assert
+#else
+#define PLATFORM_STATIC_ASSERT _Static_assert
+#endif
+PLATFORM_STATIC_ASSERT(sizeof(void*) != 4 || sizeof(NotificationRecord) == 88, "88 bytes");
+#define PLATFORM_ASSERT_OFFSET(member, offset)                                                     \
+    PLATFORM_STATIC_ASSERT(sizeof(void*) != 4 || offsetof(NotificationRecord, member) == (offset), \
+                           #member)
 PLATFORM_ASSERT_OFFSET(nWord0, 0);
 PLATFORM_ASSERT_OFFSET(nWord4, 4);
 PLATFORM_ASSERT_OFFSET(nWord8, 8);
@@ -139,6 +154,6 @@ PLATFORM_ASSERT_OFFSET(pFirstButtonIcon, 76);
 PLATFORM_ASSERT_OFFSET(pSecondButtonIcon, 80);
 PLATFORM_ASSERT_OFFSET(nReserved84, 84);
 #undef PLATFORM_ASSERT_OFFSET
-#endif
+#undef PLATFORM_STATIC_ASSERT
 
 #endif

@@ -22,7 +22,8 @@ typedef struct keynode_s keynode_s;
 
 /**
  * A watched key has changed. Comes on the default main context, never from inside a call of this
- * header. A write of the value that the key already has may or may not be reported.
+ * header. Reading the key in the callback, or later, gives the new value (the daemon does so). A write
+ * of the value that the key already has may or may not be reported; an unset key may be reported too.
  *
  * @param node       the key; borrowed, valid until the callback returns
  * @param user_data  as registered

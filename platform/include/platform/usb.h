@@ -60,7 +60,8 @@ enum {
 /**
  * Something was plugged in, mounted or pulled out. Comes on the default main context, never from
  * inside a call of this header, and not after usb_device_fini(). "mounted" comes only after "added" of
- * the same device. A "removed" handle still answers what it was: class, node name, serial, product.
+ * the same device. A "removed" handle still answers what it was: class, disk type, node name, serial,
+ * product. Setting the callback replays nothing: devices that are there already are found by listing.
  *
  * @param device     the callee's to release with free_usb_device_h()
  * @param action     USB_ACTION_ADDED, USB_ACTION_MOUNTED or USB_ACTION_REMOVED; borrowed
@@ -89,7 +90,8 @@ int usb_set_connected_cb(usb_connected_callback_fn cb, void* user_data);
 int usb_unset_connected_cb(void);
 
 /**
- * List the attached devices of one class, those included that were there before the start.
+ * List the attached devices of one class: those that were there before the start, those that are not
+ * mounted (yet), and the device of the event that is just being handled.
  * @param usb_class  USB_CLASS_MASS_STORAGE or USB_CLASS_STILL_IMAGE
  * @param list       receives the list, to be released with usb_device_free_device_list(); may be an
  *                   empty one; untouched on failure
@@ -99,7 +101,7 @@ int usb_device_get_device_list(int usb_class, usb_device_list_s** list);
 
 /**
  * The first device of a list, or start again.
- * @param device  borrowed from the list; untouched on failure
+ * @param device  borrowed from the list, never null; untouched on failure
  * @return 0 on success; anything else when the list is empty
  */
 int usb_device_list_get_first(usb_device_list_s* list, usb_device_s** device);
@@ -146,14 +148,18 @@ const char* usb_device_get_serial(usb_device_s* device);
 /** Label of the partition or file system. */
 const char* usb_device_get_partlabel(usb_device_s* device);
 
-/** File system, one of USB_FILESYSTEM_...; USB_FILESYSTEM_UNKNOWN for a camera. */
+/**
+ * File system, one of USB_FILESYSTEM_...; USB_FILESYSTEM_UNKNOWN for a camera. Must be right from
+ * "added" on: the daemon counts a device once, by what it first hears, and a mass-storage device that
+ * was ever unknown counts as damaged for as long as it is listed.
+ */
 int usb_mass_storage_get_filesystem_type(usb_device_s* device);
 /** Kind of disk, one of USB_DISK_... or another value; asked of cameras too. */
 int usb_mass_storage_get_disk_type(usb_device_s* device);
 
 /**
- * Call cb for every attached mass-storage device, now, one after the other. (The one function of the
- * contract whose callback comes before its return.)
+ * Call cb for every attached mass-storage device, mounted or not, now, one after the other. (The one
+ * function of the contract whose callback comes before its return.)
  * @return 0 on success; ignored by the daemon
  */
 int usb_mass_storage_foreach(usb_foreach_callback_fn cb, void* user_data);

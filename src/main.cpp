@@ -3,8 +3,6 @@
 // here.
 #include <libintl.h>
 
-#include <memory>
-
 #include <glib-object.h>
 
 #include <platform/i18n.h>
@@ -36,26 +34,6 @@ gboolean _notify_callback(void*) noexcept {
     return TRUE;
 }
 
-/// Run the main loop with the watchdog fed and, if it can be had, the bus service. Nothing in the
-/// service quits the loop.
-void RunMainLoop() {
-    std::unique_ptr<GMainLoop, decltype(&g_main_loop_unref)> pLoop(g_main_loop_new(nullptr, FALSE),
-                                                                   g_main_loop_unref);
-    smart_deadlock_register_watchdog_service(WATCHDOG_PERIOD_SECONDS);
-    g_timeout_add(WATCHDOG_FEED_MILLISECONDS, _notify_callback, pLoop.get());
-
-    CMMDeviceDbusServer* pDbusServer = CMMDeviceDbusServer::GetInstance();
-    if (pDbusServer == nullptr) {
-        MM_WARN("Create dbus fail");
-    }
-    g_main_loop_run(pLoop.get());
-    pLoop.reset();
-    if (pDbusServer != nullptr) {
-        pDbusServer->Destroy();
-        CMMDeviceDbusServer::DestroyInstance();
-    }
-}
-
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -67,15 +45,29 @@ int main(int argc, char* argv[]) {
     g_type_init();
     G_GNUC_END_IGNORE_DEPRECATIONS
 
-    int nExitStatus = 0;
-    if (CMMDeviceMgr* pDeviceMgr = CMMDeviceMgr::GetInstance()) {
-        RunMainLoop();
-        pDeviceMgr->Destroy();
-        CMMDeviceMgr::DestroyInstance();
-    } else {
+    CMMDeviceMgr* pDeviceMgr = CMMDeviceMgr::GetInstance();
+    if (pDeviceMgr == nullptr) {
         MM_WARN("new CMMDeviceMgr fail");
-        nExitStatus = -1;
+        vconf_ignore_key_changed(MMNames::KEY_LANGUAGE, OnVconfKeyChangeCB);
+        return -1;
     }
+
+    GMainLoop* pLoop = g_main_loop_new(nullptr, FALSE);
+    smart_deadlock_register_watchdog_service(WATCHDOG_PERIOD_SECONDS);
+    g_timeout_add(WATCHDOG_FEED_MILLISECONDS, _notify_callback, pLoop);
+    CMMDeviceDbusServer* pDbusServer = CMMDeviceDbusServer::GetInstance();
+    if (pDbusServer == nullptr) {
+        MM_WARN("Create dbus fail");
+    }
+    g_main_loop_run(pLoop);  // nothing in the service quits it
+    g_main_loop_unref(pLoop);
+
+    if (pDbusServer != nullptr) {
+        pDbusServer->Destroy();
+        CMMDeviceDbusServer::DestroyInstance();
+    }
+    pDeviceMgr->Destroy();
+    CMMDeviceMgr::DestroyInstance();
     vconf_ignore_key_changed(MMNames::KEY_LANGUAGE, OnVconfKeyChangeCB);
-    return nExitStatus;
+    return 0;
 }

@@ -6,14 +6,7 @@
 #include <memory>
 
 #include "MMLogger.h"
-
-namespace {
-
-std::string TextOf(const char* pText) {
-    return pText != nullptr ? pText : "";
-}
-
-}  // namespace
+#include "MMUtf8.h"
 
 CMMDeviceClient::~CMMDeviceClient() {
     m_nClientId = -1;
@@ -54,7 +47,8 @@ void CMMDeviceClientMgr::AddClient(unsigned int nClientId,
         m_pRequester.push_back(pNew.get());
         pClient = pNew.release();
     }
-    pClient->Create(nId, pConnection, TextOf(pSender), TextOf(pObjectPath), TextOf(pInterfaceName));
+    pClient->Create(nId, pConnection, MMString(pSender), MMString(pObjectPath),
+                    MMString(pInterfaceName));
 }
 
 void CMMDeviceClientMgr::DeleteClient(int nClientId) {
@@ -83,7 +77,7 @@ CMMDeviceClient* CMMDeviceClientMgr::GetClient(int nClientId) {
 
 std::vector<CMMDeviceClient*>::iterator CMMDeviceClientMgr::m_Find(int nClientId) {
     return std::find_if(m_pRequester.begin(), m_pRequester.end(), [=](CMMDeviceClient* pClient) {
-        return pClient->GetClientId() == nClientId;
+        return pClient != nullptr && pClient->GetClientId() == nClientId;
     });
 }
 

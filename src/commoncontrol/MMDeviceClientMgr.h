@@ -9,7 +9,7 @@
 #include <gio/gio.h>
 
 /// One client of the bus service: the id that it chose, and where its signals go. Borrows the
-/// connection, which is the service's own and lives as long as the process.
+/// connection, which is the bus service's own and outlives the record.
 class CMMDeviceClient {
 public:
     CMMDeviceClient() = default;

@@ -5,14 +5,9 @@
 #include "MMDeviceMgr.h"
 #include "MMLiveObjects.h"
 #include "MMLogger.h"
+#include "MMNames.h"
 #include "MMPaths.h"
 #include "MMPhotoBGM.h"
-
-namespace {
-
-constexpr const char* BUS_NAME = "com.norvane.portmeld";
-
-}  // namespace
 
 CMMDeviceDbusServer* CMMDeviceDbusServer::m_pInstance = nullptr;
 
@@ -60,6 +55,7 @@ bool CMMDeviceDbusServer::Create() {
 
 void CMMDeviceDbusServer::Destroy() {
     m_pClientMgr.reset();
+    m_pConnection.reset();
     if (m_nOwnerId != 0) {
         g_bus_unown_name(m_nOwnerId);
     }
@@ -87,9 +83,9 @@ int CMMDeviceDbusServer::m_InitMMDeviceDbus() {
         return -1;
     }
     m_LogIntrospectionData();
-    m_nOwnerId = g_bus_own_name(G_BUS_TYPE_SYSTEM, BUS_NAME, G_BUS_NAME_OWNER_FLAGS_NONE,
+    m_nOwnerId = g_bus_own_name(G_BUS_TYPE_SYSTEM, MMNames::BUS_NAME, G_BUS_NAME_OWNER_FLAGS_NONE,
                                 m_OnBusAcquired, m_OnNameAcquired, m_OnNameLost, this, nullptr);
-    MM_INFO("Create-------------------------------nOwnerId=%u\n", m_nOwnerId);
+    MM_INFO("Create-------------------------------nOwnerId=%d\n", static_cast<int>(m_nOwnerId));
     if (m_nOwnerId == 0) {
         MM_WARN(" dbus own name fail");
     }
@@ -153,10 +149,11 @@ void CMMDeviceDbusServer::m_OnBusAcquired(GDBusConnection* pConnection,
         MM_WARN("NULL == m_pIntrospectionData");
         return;
     }
+    pMMDeviceEngine->m_pConnection.reset(static_cast<GDBusConnection*>(g_object_ref(pConnection)));
     pMMDeviceEngine->m_LogIntrospectionData();
     g_autoptr(GError) pError = nullptr;
     const unsigned nRegistrationId = pMMDeviceEngine->m_RegisterObject(pConnection, &pError);
-    MM_INFO("nRegistrationId : %u", nRegistrationId);
+    MM_INFO("nRegistrationId : %d", static_cast<int>(nRegistrationId));
     if (nRegistrationId == 0 && pError != nullptr) {
         MM_WARN("Error: g_dbus_connection_register_object:  Error code: %d  Error msg: %s\n",
                 pError->code, pError->message);

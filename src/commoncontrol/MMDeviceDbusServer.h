@@ -37,17 +37,21 @@ public:
     bool Create();
 
     /// Forget all clients, give back the name and end the photo play list. The object stays on the
-    /// bus until the process ends; its methods then find no service.
+    /// bus until the process ends; its methods then find no clients.
     void Destroy();
 
 private:
     friend class CMMDeviceDbusServerTestAccess;  // tests of what no peer on a bus can bring about
 
-    template <class T, void (*release)(T*)>
-    struct Releaser {
-        void operator()(T* pHandle) const { release(pHandle); }
+    struct SUnrefNode {
+        void operator()(GDBusNodeInfo* pNode) const { g_dbus_node_info_unref(pNode); }
     };
-    static void m_Free(char* pText) { g_free(pText); }
+    struct SFreeText {
+        void operator()(char* pText) const { g_free(pText); }
+    };
+    struct SUnrefConnection {
+        void operator()(GDBusConnection* pConnection) const { g_object_unref(pConnection); }
+    };
 
     // ---- set-up (MMDeviceDbusServer.cpp)
     int m_InitMMDeviceDbus();
@@ -87,12 +91,13 @@ private:
     void m_EnableDeviceViewPopUp(bool bEnable);
     CMMDeviceClient* m_GetClient(int nClientId);
 
-    std::unique_ptr<GDBusNodeInfo, Releaser<GDBusNodeInfo, g_dbus_node_info_unref>>
-        m_pIntrospectionData;
-    std::unique_ptr<char, Releaser<char, m_Free>> m_pIntrospectionXml;
+    std::unique_ptr<GDBusNodeInfo, SUnrefNode> m_pIntrospectionData;
+    std::unique_ptr<char, SFreeText> m_pIntrospectionXml;
     unsigned m_nOwnerId = 0;  // 0 when the name was never requested
     GDBusInterfaceVTable m_stVTable;
     std::unique_ptr<CMMDeviceClientMgr> m_pClientMgr;
+    // Held because the clients' records borrow it: a bus that dies must not take it from them.
+    std::unique_ptr<GDBusConnection, SUnrefConnection> m_pConnection;
 
     static CMMDeviceDbusServer* m_pInstance;
 };

@@ -1,7 +1,5 @@
 // The methods of the bus service: what each reads, does and answers. Some are never answered, and
 // none answers with an error: clients rely on both.
-#include <platform/log.h>
-
 #include "MMDeviceDbusServer.h"
 #include "MMDeviceMgr.h"
 #include "MMLiveObjects.h"

@@ -1,5 +1,5 @@
-// What the bus service sends: news of a removed device to every client, and the device lists that
-// one client asked for. Each signal goes to one peer; nothing is broadcast.
+// What the bus service sends: news of a device to every client, and the device lists that one client
+// asked for. Each signal goes to one peer; nothing is broadcast.
 #include "MMDeviceDbusServer.h"
 #include "MMDeviceInfo.h"
 #include "MMDeviceJsonUtil.h"
@@ -57,6 +57,9 @@ void CMMDeviceDbusServer::m_DeviceActionCbFunc(void* pvData,
     g_autoptr(GVariant) pParameters = ParametersOf(strJson);
     for (int i = 0; i < nCount; ++i) {
         CMMDeviceClient* pClient = pClientMgr->GetClientByIndex(i);
+        if (pClient == nullptr) {
+            continue;
+        }
         MM_INFO("pClient ID :%d", pClient->GetClientId());
         pThis->m_EmitSignal(SIGNAL_ACTION, pClient, pParameters);
     }
@@ -113,9 +116,9 @@ void CMMDeviceDbusServer::m_GetAllDevice(int nClientId) {
     }
 }
 
-/// Send the listed devices with a file system to one client. The last is marked by counting up to
-/// the manager's number, which may be higher than the number of matches: the mark then does not
-/// come.
+/// Send the listed devices with a file system to one client. The last is marked by counting up to the
+/// manager's number, which may differ from the number of matches: too high, and the mark does not come;
+/// too low, and every entry from there on carries it.
 void CMMDeviceDbusServer::m_GetDeviceList(int nClientId, int nFsType) {
     CMMDeviceMgr* pDeviceMgr = CMMDeviceMgr::GetInstance();
     GList* pList = pDeviceMgr->GetDeviceList();

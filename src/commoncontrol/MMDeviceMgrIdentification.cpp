@@ -7,6 +7,7 @@
 
 #include "MMDeviceMgr.h"
 #include "MMLogger.h"
+#include "MMUtf8.h"
 
 namespace {
 
@@ -32,11 +33,6 @@ long long Kilobytes(unsigned long long nBlockSize, unsigned long long nBlocks) {
     return static_cast<long long>(nBlockSize * nBlocks) / BYTES_PER_KB;
 }
 
-/// A text of the USB library, which has none where the device has none.
-std::string UsbText(const char* pText) {
-    return pText != nullptr ? pText : "";
-}
-
 /// Whether two records agree in a text, read through one of their pointer getters.
 bool SameText(CMMDeviceInfo* pOne,
               CMMDeviceInfo* pOther,
@@ -59,16 +55,16 @@ int CMMDeviceMgr::m_GetDeviceClass(usb_device_s* pUsbDeviceHnd) {
 std::string CMMDeviceMgr::m_GetDeviceKey(usb_device_s* pUsbDeviceHnd) {
     switch (m_GetDeviceClass(pUsbDeviceHnd)) {
         case USB_CLASS_MASS_STORAGE:
-            return UsbText(usb_device_get_devname(pUsbDeviceHnd));
+            return MMString(usb_device_get_devname(pUsbDeviceHnd));
         case USB_CLASS_STILL_IMAGE:
-            return UsbText(usb_device_get_serial(pUsbDeviceHnd));
+            return MMString(usb_device_get_serial(pUsbDeviceHnd));
         default:
             return "";
     }
 }
 
 std::string CMMDeviceMgr::m_GetDeviceDisplayName(usb_device_s* pUsbDeviceHnd) {
-    return UsbText(usb_device_get_product(pUsbDeviceHnd));
+    return MMString(usb_device_get_product(pUsbDeviceHnd));
 }
 
 void CMMDeviceMgr::m_GetUsbStorageInfo(usb_device_s* pUsbDeviceHnd, CMMDeviceInfo* pDeviceNode) {
@@ -93,16 +89,16 @@ void CMMDeviceMgr::m_GetUsbStorageInfo(usb_device_s* pUsbDeviceHnd, CMMDeviceInf
         pDeviceNode->SetDamageFlag(true);
     }
 
-    pDeviceNode->SetManufacturer(UsbText(usb_device_get_manufacturer(pUsbDeviceHnd)));
-    pDeviceNode->SetProduct(UsbText(usb_device_get_product(pUsbDeviceHnd)));
-    pDeviceNode->SetDisplayName(UsbText(usb_device_get_product(pUsbDeviceHnd)));
-    pDeviceNode->SetDeviceName(UsbText(usb_device_get_devname(pUsbDeviceHnd)));
-    pDeviceNode->SetDevicePath(UsbText(usb_device_get_devpath(pUsbDeviceHnd)));
-    pDeviceNode->SetMountpath(UsbText(usb_device_get_mountpath(pUsbDeviceHnd)));
-    pDeviceNode->SetSerial(UsbText(usb_device_get_serial(pUsbDeviceHnd)));
+    pDeviceNode->SetManufacturer(MMString(usb_device_get_manufacturer(pUsbDeviceHnd)));
+    pDeviceNode->SetProduct(MMString(usb_device_get_product(pUsbDeviceHnd)));
+    pDeviceNode->SetDisplayName(MMString(usb_device_get_product(pUsbDeviceHnd)));
+    pDeviceNode->SetDeviceName(MMString(usb_device_get_devname(pUsbDeviceHnd)));
+    pDeviceNode->SetDevicePath(MMString(usb_device_get_devpath(pUsbDeviceHnd)));
+    pDeviceNode->SetMountpath(MMString(usb_device_get_mountpath(pUsbDeviceHnd)));
+    pDeviceNode->SetSerial(MMString(usb_device_get_serial(pUsbDeviceHnd)));
 
     pDeviceNode->SetDiskType(StoredDiskType(usb_mass_storage_get_disk_type(pUsbDeviceHnd)));
-    pDeviceNode->SetPartitionLabel(UsbText(usb_device_get_partlabel(pUsbDeviceHnd)));
+    pDeviceNode->SetPartitionLabel(MMString(usb_device_get_partlabel(pUsbDeviceHnd)));
     m_GetDeviceCapacity(pDeviceNode->GetMountpath(), pDeviceNode);
     pDeviceNode->SetDeviceKey(m_GetDeviceKey(pUsbDeviceHnd));
     m_CheckDeviceProductName(pDeviceNode);

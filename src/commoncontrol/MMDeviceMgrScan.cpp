@@ -5,6 +5,7 @@
 #include "MMDeviceMgr.h"
 #include "MMLiveObjects.h"
 #include "MMLogger.h"
+#include "MMUtf8.h"
 #include "json_value.h"
 
 bool CMMDeviceMgr::m_OnScanDeviceCB(void* pThis,
@@ -22,7 +23,7 @@ bool CMMDeviceMgr::m_OnScanDeviceCB(void* pThis,
     }
     MM_INFO("single media");
     pMgr->m_eNotifactiontype = NOTIFICATION_ITEM_PLAY_FILE;
-    CMMDeviceJsonValue jsonValue(std::string(pJson != nullptr ? pJson : ""));
+    CMMDeviceJsonValue jsonValue(MMString(pJson));
     pMgr->m_TakeScanResult(jsonValue);
     pMgr->m_LaunchAddNotification();
     jsonValue.Destroy(false);

@@ -23,7 +23,7 @@ struct SFree {
 
 bool CMMDeviceMgr::Create() {
     usb_device_init();
-    init_notification_data_manager("portmeld", 0);
+    init_notification_data_manager(MMNames::SELF, 0);
     register_notification_button_callback(m_OnButtonClickCB, this);
     register_notification_timeout_callback(m_OnNotificationTimeOutCB, this);
     register_notofication_hide_callback(m_OnNotificationHideCB, this);

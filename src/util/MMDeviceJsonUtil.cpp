@@ -3,6 +3,7 @@
 
 #include "MMDeviceInfo.h"
 #include "MMLogger.h"
+#include "MMUtf8.h"
 #include "json_value.h"
 
 namespace {
@@ -64,7 +65,7 @@ void CMMDeviceJsonUtil::JsonToParam(char* pJson, int& nAction, CMMDeviceInfo* pD
     if (pDeviceInfo == nullptr) {
         return;
     }
-    CMMDeviceJsonValue jsonValue(std::string(pJson != nullptr ? pJson : ""));
+    CMMDeviceJsonValue jsonValue(MMString(pJson));
     pDeviceInfo->SetClass(IntMember(jsonValue, "Class"));
     pDeviceInfo->SetSubClass(IntMember(jsonValue, "SubClass"));
     pDeviceInfo->SetProtocol(IntMember(jsonValue, "Protocol"));

@@ -7,7 +7,8 @@
 namespace {
 
 /// How much higher a kind's number is in the platform's usage statistics.
-constexpr int KPI_LOG_OFFSET = KPI_LOG_USB_NOTIFICATION_SHOWN - USB_LOG_NOTIFICATION_SHOWN;
+constexpr int KPI_LOG_OFFSET =
+    static_cast<int>(KPI_LOG_USB_NOTIFICATION_SHOWN) - static_cast<int>(USB_LOG_NOTIFICATION_SHOWN);
 
 }  // namespace
 

@@ -6,6 +6,9 @@ namespace MMNames {
 /// The service itself: text domain, sender of notifications, and caller of the companion application.
 constexpr const char* SELF = "portmeld";
 
+/// Its name on the system bus.
+constexpr const char* BUS_NAME = "com.norvane.portmeld";
+
 // Applications.
 constexpr const char* APP_LUMET = "org.norvane.lumet";          ///< companion UI application
 constexpr const char* APP_FOLIAN = "org.quillon.folian";        ///< content browser

@@ -3,6 +3,10 @@
 
 #include <glib.h>
 
+std::string MMString(const char* pText) {
+    return pText != nullptr ? pText : "";
+}
+
 std::string MMValidUtf8(const std::string& text) {
     g_autofree char* pValid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
     return pValid;

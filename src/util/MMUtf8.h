@@ -4,6 +4,9 @@
 
 #include <string>
 
+/// A C string as a string; null, which is what a device without such a text gives, as "".
+std::string MMString(const char* pText);
+
 /// The text as valid UTF-8: bytes that are none, and NULs, become U+FFFD.
 std::string MMValidUtf8(const std::string& text);
 

@@ -13,24 +13,70 @@ namespace {
 /// Parsing is recursive: a text with more levels than this could exhaust the stack.
 constexpr int DEEPEST_LEVEL = 1000;
 
-/// The closing quote of the string that opens at `pQuote`, or null. Only double quotes know
-/// escapes.
+/// The code unit of the escape "\uXXXX" at `pEscape`; -1 when there is none, or an incomplete one.
+int CodeUnit(const char* pEscape) {
+    if (pEscape[0] != '\\' || pEscape[1] != 'u') {
+        return -1;
+    }
+    int nUnit = 0;
+    for (int i = 2; i < 6; ++i) {
+        const int nDigit = g_ascii_xdigit_value(pEscape[i]);
+        if (nDigit < 0) {
+            return -1;
+        }
+        nUnit = nUnit * 16 + nDigit;
+    }
+    return nUnit;
+}
+
+bool IsHighSurrogate(int nUnit) {
+    return nUnit >= 0xd800 && nUnit <= 0xdbff;
+}
+
+bool IsLowSurrogate(int nUnit) {
+    return nUnit >= 0xdc00 && nUnit <= 0xdfff;
+}
+
+/// The last byte of the escape at `pEscape`. Null for an escape that stands for no character: json-glib
+/// swallows what follows it, the closing quote included, so that no one could say where the string ends.
+const char* EndOfEscape(const char* pEscape) {
+    if (pEscape[1] == '\0') {
+        return nullptr;
+    }
+    if (pEscape[1] != 'u') {
+        return pEscape + 1;
+    }
+    const int nUnit = CodeUnit(pEscape);
+    if (nUnit < 0 || IsLowSurrogate(nUnit)) {
+        return nullptr;
+    }
+    if (!IsHighSurrogate(nUnit)) {
+        return pEscape + 5;
+    }
+    return IsLowSurrogate(CodeUnit(pEscape + 6)) ? pEscape + 11 : nullptr;
+}
+
+/// The closing quote of the string that opens at `pQuote`; null when it has none, or a senseless escape.
+/// Only double quotes know escapes.
 const char* EndOfString(const char* pQuote) {
     for (const char* p = pQuote + 1; *p != '\0'; ++p) {
         if (*p == *pQuote) {
             return p;
         }
-        if (*pQuote == '"' && *p == '\\' && *++p == '\0') {
-            return nullptr;
+        if (*pQuote == '"' && *p == '\\') {
+            p = EndOfEscape(p);
+            if (p == nullptr) {
+                return nullptr;
+            }
         }
     }
     return nullptr;
 }
 
-/// Whether a text opens more levels of arrays and objects than are parsed. Reads strings and
-/// comments as json-glib's scanner does: it takes single quotes too, and for a comment whatever
-/// stands between two slashes. Never finds fewer levels than the scanner would.
-bool IsTooDeep(const char* pText) {
+/// Whether a text can be handed to the parser: none of its strings lacks its end, and it opens no more
+/// levels of arrays and objects than are parsed. Reads strings and comments as json-glib's scanner
+/// does: it takes single quotes too, and for a comment whatever stands between two slashes.
+bool IsParsable(const char* pText) {
     int nLevel = 0;
     for (const char* p = pText; *p != '\0'; ++p) {
         switch (*p) {
@@ -40,11 +86,14 @@ bool IsTooDeep(const char* pText) {
                 break;
             case '/':
                 p = std::strchr(p + 1, '/');
+                if (p == nullptr) {
+                    return true;  // the rest is no comment and no JSON: the parser refuses it
+                }
                 break;
             case '[':
             case '{':
                 if (++nLevel > DEEPEST_LEVEL) {
-                    return true;
+                    return false;
                 }
                 break;
             case ']':
@@ -58,7 +107,7 @@ bool IsTooDeep(const char* pText) {
             return false;
         }
     }
-    return false;
+    return true;
 }
 
 /// Whether a node can be asked for a boolean, a number or a text.
@@ -90,7 +139,7 @@ CMMDeviceJsonValue::CMMDeviceJsonValue(const std::string& strText) {
     }
     MM_INFO("m_pJsonParser:%p", static_cast<void*>(m_pJsonParser));
     const char* pText = strText.c_str();
-    if (IsTooDeep(pText) || !json_parser_load_from_data(m_pJsonParser, pText, -1, nullptr)) {
+    if (!IsParsable(pText) || !json_parser_load_from_data(m_pJsonParser, pText, -1, nullptr)) {
         MM_WARN("----------json parser load data error-----------\n");
         m_ReleaseParser();
         return;

@@ -1,5 +1,5 @@
-// The tags of a music file: title, artist, album. Reading them is all that is
-// ever done to the inside of a viewer's files.
+// The tags of a music file: title, artist, album. Reading them is all that is ever done to the
+// inside of a viewer's files.
 #pragma once
 
 #include <cstdint>
@@ -9,22 +9,20 @@ namespace platform {
 
 /// Tags as UTF-8; "" where unknown.
 struct MediaTags {
-  std::string title;
-  std::string artist;
-  std::string album;
+    std::string title;
+    std::string artist;
+    std::string album;
 };
 
-/// Larger files are not opened: some formats keep their tags at the end, behind
-/// everything, and a tag that claims to be huge is read as a whole.
-constexpr std::int64_t MEDIA_TAGS_LARGEST_FILE =
-    std::int64_t{256} * 1024 * 1024;
+/// Larger files are not opened: some formats keep their tags at the end, behind everything, and a
+/// tag that claims to be huge is read as a whole.
+constexpr std::int64_t MEDIA_TAGS_LARGEST_FILE = std::int64_t{256} * 1024 * 1024;
 
 /// A tag is cut to this many bytes: nobody reads more on a television.
 constexpr std::size_t MEDIA_TAGS_LONGEST_TEXT = 4096;
 
-/// The tags of a file. All are empty for what is no regular file, is empty or
-/// too large, has a format without tags, or is broken. Never throws. May take a
-/// while: call it from a worker thread.
-MediaTags readMediaTags(const std::string &path) noexcept;
+/// The tags of a file. All are empty for what is no regular file, is empty or too large, has a
+/// format without tags, or is broken. Never throws. May take a while: call it from a worker thread.
+MediaTags readMediaTags(const std::string& path) noexcept;
 
-} // namespace platform
+}  // namespace platform

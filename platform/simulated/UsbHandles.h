@@ -9,11 +9,11 @@
 
 /// A device as it was when the handle was given out.
 struct usb_device_s {
-  simulated::UsbDevice device;
+    simulated::UsbDevice device;
 };
 
 /// One enumeration with the handles that belong to it.
 struct usb_device_list_s {
-  std::vector<std::unique_ptr<usb_device_s>> handles;
-  std::size_t next = 0;
+    std::vector<std::unique_ptr<usb_device_s>> handles;
+    std::size_t next = 0;
 };

@@ -200,10 +200,9 @@ void CMMDeviceMgr::m_RequestDeviceList(int nClass) {
     }
     const UsbDeviceList hList(pRequested);
     usb_device_s* pDeviceH = nullptr;
-    if (usb_device_list_get_first(hList.get(), &pDeviceH) != 0) {
-        return;
+    if (usb_device_list_get_first(hList.get(), &pDeviceH) == 0) {
+        m_AddEnumeratedDevice(pDeviceH);
     }
-    m_AddEnumeratedDevice(pDeviceH);
     while (usb_device_list_get_next(hList.get(), &pDeviceH) == 0) {
         MM_INFO("pDeviceH:%p", static_cast<void*>(pDeviceH));
         m_AddEnumeratedDevice(pDeviceH);

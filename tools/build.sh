@@ -15,7 +15,7 @@ options_of() {
   case $1 in
     release) options=(-Dbuildtype=release -Doptimization=2) ;;
     sanitize)
-      options=(-Dbuildtype=debugoptimized "-Db_sanitize=address,undefined" -Db_lundef=false)
+      options=(-Dbuildtype=debugoptimized -Doptimization=1 "-Db_sanitize=address,undefined" -Db_lundef=false)
       ;;
     coverage) options=(-Dbuildtype=debug -Db_coverage=true) ;;
     *) die 2 "build: unknown variant '$1'; there are release, sanitize and coverage" ;;

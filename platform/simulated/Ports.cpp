@@ -16,11 +16,12 @@ Ports::~Ports() = default;
 
 // ---- as a person does it
 
-DeviceId Ports::plug(const std::string& folder, UsbDevice like) {
-    return plugDisk({folder}, std::move(like)).front();
+DeviceId Ports::plug(const std::string& folder, const UsbDevice& like) {
+    return plugDisk({folder}, like).front();
 }
 
-std::vector<DeviceId> Ports::plugDisk(const std::vector<std::string>& folders, UsbDevice like) {
+std::vector<DeviceId> Ports::plugDisk(const std::vector<std::string>& folders,
+                                      const UsbDevice& like) {
     const std::string disk = nextDiskNode();
     std::vector<DeviceId> devices;
     for (std::size_t i = 0; i < folders.size(); ++i) {

@@ -52,12 +52,12 @@ public:
     /// Plug in a stick whose content is `folder`: "added", then it mounts there: "mounted". While
     /// the daemon takes "added" it is not mounted yet. `like` gives its properties; an unset node
     /// name and path, and an address and number of 0, are filled in.
-    DeviceId plug(const std::string& folder, UsbDevice like = UsbDevice{});
+    DeviceId plug(const std::string& folder, const UsbDevice& like = UsbDevice{});
 
     /// Plug in a disk with several partitions, one folder each: every "added", then every
     /// "mounted".
     std::vector<DeviceId> plugDisk(const std::vector<std::string>& folders,
-                                   UsbDevice like = UsbDevice{});
+                                   const UsbDevice& like = UsbDevice{});
 
     /// Plug in a PTP camera: "added". Sub-class, protocol, file system and disk become a camera's
     /// where `like` left them a stick's.

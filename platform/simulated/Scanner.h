@@ -48,7 +48,7 @@ public:
 
 private:
     struct Scan;
-    static int walked(void* scan);
+    static int walked(void* data);
     void report(int event, const char* json, void* userData);
     void finish(Scan& scan);
     void drop(const Scan& scan);

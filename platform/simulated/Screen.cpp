@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "SimulatedTv.h"
 
@@ -102,6 +103,15 @@ void Screen::takeDown() {
     }
 }
 
+/// The pop-up goes because another comes. A removal notice still tells of its time-out: the daemon holds
+/// further notices back until then.
+void Screen::makeRoom() {
+    if (popup_ && popup_->itemType == NOTIFICATION_ITEM_DISCONNECTED && timer_ != 0) {
+        covered_[shown_] = std::exchange(timer_, 0);
+    }
+    takeDown();
+}
+
 // ---- the contract
 
 int Screen::init(const char*, int) {
@@ -111,6 +121,10 @@ int Screen::init(const char*, int) {
 
 int Screen::close() {
     takeDown();
+    for (const auto& [number, timer] : covered_) {
+        g_source_remove(timer);
+    }
+    covered_.clear();
     open_ = false;
     button_ = nullptr;
     timeout_ = nullptr;
@@ -122,16 +136,19 @@ int Screen::add(const NotificationRecord* record) {
     if (!open_ || record == nullptr) {
         return ERROR;
     }
-    takeDown();
+    makeRoom();
     popup_ = copied(*record, tv_.clock().now());
     history_.push_back(*popup_);
     if (record->nTimeout > 0) {
         const std::int64_t wait = std::min<std::int64_t>(record->nTimeout * MILLISECONDS,
                                                          std::numeric_limits<unsigned>::max());
-        timer_ = tv_.clock().add(static_cast<unsigned>(wait), [this] {
-            timer_ = 0;
-            const int itemType = popup_->itemType;
-            takeDown();
+        const int number = ++shown_;
+        const int itemType = record->nItemType;
+        timer_ = tv_.clock().add(static_cast<unsigned>(wait), [this, number, itemType] {
+            if (covered_.erase(number) == 0) {
+                timer_ = 0;
+                takeDown();
+            }
             tellTimeOut(itemType);
         });
     }

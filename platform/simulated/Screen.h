@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,7 +36,8 @@ class Screen {
 public:
     explicit Screen(SimulatedTv& tv) : tv_(tv) {}
 
-    /// The pop-up that is up, or null. A new pop-up takes the place of the one before.
+    /// The pop-up that is up, or null. A new pop-up takes the place of the one before, which is heard of
+    /// no more; only the time-out of a removal notice is still told.
     const Popup* popup() const { return popup_ ? &*popup_ : nullptr; }
 
     /// Every pop-up that was ever shown, oldest first.
@@ -66,11 +68,14 @@ public:
 
 private:
     void takeDown();
+    void makeRoom();
     void tellTimeOut(int itemType);
 
     SimulatedTv& tv_;
     std::optional<Popup> popup_;
-    unsigned timer_ = 0;
+    unsigned timer_ = 0;               // of the pop-up that is up
+    int shown_ = 0;                    // how many pop-ups with a time-out there were
+    std::map<int, unsigned> covered_;  // timers of replaced removal notices, by their number
     std::vector<Popup> history_;
     bool open_ = false;
     notification_button_callback_fn button_ = nullptr;

@@ -57,8 +57,8 @@ void Settings::sendNotice(const char* key, const char* value) {
 }
 
 void Settings::notifyLater(const std::vector<Watch>& watches,
-                           std::optional<std::string> name,
-                           std::optional<std::string> text) {
+                           const std::optional<std::string>& name,
+                           const std::optional<std::string>& text) {
     for (const Watch& watch : watches) {
         tv_.post([this, number = watch.number, node = keynode_s{name, text}]() mutable {
             deliver(number, node);

@@ -57,8 +57,8 @@ private:
         std::uint64_t number;  // never used twice: a new watch does not get an older one's notices
     };
     void notifyLater(const std::vector<Watch>& watches,
-                     std::optional<std::string> name,
-                     std::optional<std::string> text);
+                     const std::optional<std::string>& name,
+                     const std::optional<std::string>& text);
     void deliver(std::uint64_t number, keynode_s& node);
     bool isLive(const char* function, const keynode_s* node);
     SimulatedTv& tv_;

@@ -52,8 +52,8 @@ public:
 
 private:
     struct TimerSource;
-    static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer data);
-    static void finalize(GSource* source);
+    static gboolean dispatch(GSource* base, GSourceFunc callback, gpointer data);
+    static void finalize(GSource* base);
     TimerSource* next() const;
     void armNext();
     void disarm();

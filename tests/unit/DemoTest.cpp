@@ -1,6 +1,6 @@
-// The shop's demo: when the internal demo can be launched, which files count, and the demo file on a
-// stick that is plugged in. The walk over attached devices stands in DemoWalkTest.cpp, what triggers a
-// demo and with which distraction check in DemoTriggerTest.cpp.
+// The shop's demo: when the internal demo can be launched, which files count, and the demo file on
+// a stick that is plugged in. The walk over attached devices stands in DemoWalkTest.cpp, what
+// triggers a demo and with which distraction check in DemoTriggerTest.cpp.
 #include <algorithm>
 
 #include <platform/tv_context.h>

@@ -1,6 +1,6 @@
-// What makes a shop's TV consider a demo, and which of these triggers respect that a viewer must not be
-// distracted: start-up, wake-up, the return from standby, and a change of the mode. A stick that is
-// plugged in stands in DemoTest.cpp.
+// What makes a shop's TV consider a demo, and which of these triggers respect that a viewer must
+// not be distracted: start-up, wake-up, the return from standby, and a change of the mode. A stick
+// that is plugged in stands in DemoTest.cpp.
 #include <algorithm>
 #include <functional>
 
@@ -49,7 +49,8 @@ protected:
 
 class DemoStartUpTest : public DemoTriggers<StartingManagerTest> {
 protected:
-    /// Let the TV start in shop mode. The notice of the mode itself comes before, with nothing to play.
+    /// Let the TV start in shop mode. The notice of the mode itself comes before, with nothing to
+    /// play.
     void startInShop() {
         tv.settings().set(MMNames::KEY_USE_MODE, 1);
         tv.settle();

@@ -1,5 +1,5 @@
-// The walk over all attached mass-storage devices in search of a demo file: it lists every device that
-// it meets, launches for each that has the file, and releases every handle.
+// The walk over all attached mass-storage devices in search of a demo file: it lists every device
+// that it meets, launches for each that has the file, and releases every handle.
 #include <algorithm>
 
 #include "MMNames.h"

@@ -1,6 +1,6 @@
-// The device manager's beginning and end: how it is made, what it subscribes to, what it gives back,
-// and the events that come afterwards. What happens 30 s later stands in StartUpTest.cpp, callbacks
-// without a manager in NoManagerTest.cpp.
+// The device manager's beginning and end: how it is made, what it subscribes to, what it gives
+// back, and the events that come afterwards. What happens 30 s later stands in StartUpTest.cpp,
+// callbacks without a manager in NoManagerTest.cpp.
 #include "MMNames.h"
 #include "Stories.h"
 #include "TvTest.h"

@@ -213,6 +213,17 @@ TEST_F(PullTest, DuringStandbyTellsTheViewerByTheNameOfTheHandle) {
     EXPECT_EQ(tv.screen().history()[0].itemType, 2);
 }
 
+TEST_F(PullTest, OfASecondStickIsAnnouncedAlthoughAPopUpCoveredTheFirstNotice) {
+    const auto first = plug(named("One", "1"));
+    pull(first);
+    const auto second = plug(named("Two", "2"));
+    tv.advanceSeconds(4);
+    tv.screen().clearHistory();
+    pull(second);
+    ASSERT_EQ(tv.screen().history().size(), 1U);
+    EXPECT_EQ(tv.screen().history()[0].title, "Two");
+}
+
 TEST_F(PullTest, TwiceReportsTheSecondAsUnknown) {
     const auto stick = plug(named("One", "1"));
     pull(stick);

@@ -1,5 +1,5 @@
-// The callbacks of power, timers and settings when their user data is null, or a manager that is gone:
-// a warning where there is one for it, and nothing else. Those of the USB library stand in
+// The callbacks of power, timers and settings when their user data is null, or a manager that is
+// gone: a warning where there is one for it, and nothing else. Those of the USB library stand in
 // UsbIntakeTest.cpp and DemoWalkTest.cpp.
 #include "MMNames.h"
 #include "TvTest.h"

@@ -1,6 +1,6 @@
-// Power events: wake-ups, power-off notices and power states, the timers that they start and remove, and
-// what they do to activation and standby. What a wake-up does to the device list stands in
-// WakeUpListTest.cpp, what the demo timer launches in DemoTriggerTest.cpp.
+// Power events: wake-ups, power-off notices and power states, the timers that they start and
+// remove, and what they do to activation and standby. What a wake-up does to the device list stands
+// in WakeUpListTest.cpp, what the demo timer launches in DemoTriggerTest.cpp.
 #include <climits>
 
 #include "MMNames.h"

@@ -1,5 +1,6 @@
-// The device manager's first 30 seconds and their end: no USB event is taken before, everything works
-// after, unless no launch handle can be had. The shop demo at start-up stands in DemoTriggerTest.cpp.
+// The device manager's first 30 seconds and their end: no USB event is taken before, everything
+// works after, unless no launch handle can be had. The shop demo at start-up stands in
+// DemoTriggerTest.cpp.
 #include "MMNames.h"
 #include "Stories.h"
 #include "TvTest.h"

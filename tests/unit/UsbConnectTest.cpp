@@ -1,5 +1,6 @@
-// What follows when a device is ready for use: the pop-up and the content scan, and when neither comes.
-// The demo file on a stick stands in DemoTest.cpp, the pop-up itself in NotificationTest.cpp.
+// What follows when a device is ready for use: the pop-up and the content scan, and when neither
+// comes. The demo file on a stick stands in DemoTest.cpp, the pop-up itself in
+// NotificationTest.cpp.
 #include <algorithm>
 
 #include <platform/tv_context.h>

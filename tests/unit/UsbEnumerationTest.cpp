@@ -1,5 +1,6 @@
-// Listing what is attached without an event about it: when the list is asked for, or an event comes,
-// while it is empty. Silent, storage before cameras, and a platform that fails to list ends it quietly.
+// Listing what is attached without an event about it: when the list is asked for, or an event
+// comes, while it is empty. Silent, storage before cameras, and a platform that fails to list ends
+// it quietly.
 #include <algorithm>
 
 #include "Stories.h"

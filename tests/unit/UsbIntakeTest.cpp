@@ -1,5 +1,5 @@
-// What the manager makes of a USB event: which it refuses, what "added" and "mounted" do to a stick and
-// to a camera. The enumeration stands in UsbEnumerationTest.cpp, what follows a connection in
+// What the manager makes of a USB event: which it refuses, what "added" and "mounted" do to a stick
+// and to a camera. The enumeration stands in UsbEnumerationTest.cpp, what follows a connection in
 // UsbConnectTest.cpp, "removed" in UsbRemovalTest.cpp.
 #include "Stories.h"
 #include "TvTest.h"

@@ -1,5 +1,5 @@
-// "removed": what becomes of the record, and who hears of it: the viewer, the companion application and
-// the clients, in this order. The removal notice itself stands in NotificationTest.cpp.
+// "removed": what becomes of the record, and who hears of it: the viewer, the companion application
+// and the clients, in this order. The removal notice itself stands in NotificationTest.cpp.
 #include <algorithm>
 
 #include <platform/tv_context.h>

@@ -1,5 +1,6 @@
-// What a wake-up does to the device list: it is dropped as it stands, silently, and built again when
-// somebody asks; and what follows from that for counters, events and the records that were dropped.
+// What a wake-up does to the device list: it is dropped as it stands, silently, and built again
+// when somebody asks; and what follows from that for counters, events and the records that were
+// dropped.
 #include "Stories.h"
 #include "TvTest.h"
 
@@ -173,8 +174,9 @@ TEST_F(WakeUpListTest, TheDisplayedDeviceSurvivesThemTooWhenAnotherIsTheCurrentO
 }
 
 TEST_F(WakeUpListTest, DroppedRecordsGoWithTheManager) {
-    // That nothing is left over is for the leak sanitizer to see; that nothing is freed twice, for the
-    // address sanitizer: one record is dropped and pointed at, one is only dropped, one is listed.
+    // That nothing is left over is for the leak sanitizer to see; that nothing is freed twice, for
+    // the address sanitizer: one record is dropped and pointed at, one is only dropped, one is
+    // listed.
     plug(stick("Pointed at"));
     tv.ports().insert(stick("Dropped"));
     wakeUp();

@@ -158,6 +158,26 @@ TEST_F(ScreenTest, ReplacesAPopUpWithoutTellingOfTheOldOne) {
     EXPECT_EQ(tv.screen().history().size(), 2U);
 }
 
+TEST_F(ScreenTest, StillTellsTheTimeOutOfARemovalNoticeThatWasReplaced) {
+    show(2, 3);
+    tv.advanceSeconds(1);
+    show(1, 30);
+    EXPECT_EQ(tv.screen().popup()->itemType, 1);
+    tv.advanceSeconds(2);
+    EXPECT_EQ(settled(), Texts{"time-out 2"});
+    EXPECT_NE(tv.screen().popup(), nullptr);
+    tv.advanceSeconds(28);
+    EXPECT_EQ(settled(), Texts{"time-out 1"});
+}
+
+TEST_F(ScreenTest, TellsNothingOfAReplacedRemovalNoticeAfterTheServiceWasClosed) {
+    show(2, 3);
+    show(1, 30);
+    close_notification_data_manager();
+    tv.advanceSeconds(60);
+    EXPECT_EQ(settled(), Texts{});
+}
+
 TEST_F(ScreenTest, TellsNothingAfterTheServiceWasClosed) {
     show();
     tv.screen().press(0);

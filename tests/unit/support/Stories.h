@@ -1,6 +1,6 @@
-// Whole stories of the device manager: everything that it calls and logs while it does one thing, in
-// order. The sentences that many stories share are told here; which story an event has stands in the
-// tests.
+// Whole stories of the device manager: everything that it calls and logs while it does one thing,
+// in order. The sentences that many stories share are told here; which story an event has stands in
+// the tests.
 #pragma once
 
 #include <string>

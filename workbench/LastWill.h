@@ -12,12 +12,12 @@ namespace workbench::lastWill {
 void write();
 
 /// Give a terminal these settings back.
-void restoreTerminal(int terminal, const termios& settings);
+void restoreTerminal(int file, const termios& settings);
 /// Its settings were restored in the normal way.
 void forgetTerminal();
 
 /// Remove a folder with all that is in it.
-void removeFolder(const std::string& folder);
+void removeFolder(const std::string& path);
 /// It was removed in the normal way.
 void forgetFolder();
 

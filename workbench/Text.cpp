@@ -49,8 +49,8 @@ int columnsOfCharacter(gunichar character) {
 template <typename Function>
 void forEachCharacter(std::string_view text, Function function) {
     while (!text.empty()) {
-        const auto length =
-            static_cast<std::size_t>(g_utf8_skip[static_cast<unsigned char>(text.front())]);
+        const std::size_t length =
+            static_cast<unsigned char>(g_utf8_skip[static_cast<unsigned char>(text.front())]);
         if (!function(g_utf8_get_char(text.data()), text.substr(0, length))) {
             return;
         }

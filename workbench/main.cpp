@@ -15,9 +15,9 @@
 #include "Terminal.h"
 #include "TvFacts.h"
 
-namespace {
+namespace workbench {
 
-using namespace workbench;
+namespace {
 
 constexpr int wrongUse = 2;
 
@@ -51,19 +51,23 @@ void complain(const std::exception& error) {
 
 }  // namespace
 
+}  // namespace workbench
+
 int main(int argc, char** argv) {
+    using workbench::Arguments;
+    using workbench::ArgumentsError;
     try {
-        const Arguments arguments = readArguments(argc, argv);
+        const Arguments arguments = workbench::readArguments(argc, argv);
         if (arguments.versionOnly) {
             static_cast<void>(std::puts("portmeld-workbench " WORKBENCH_VERSION));
             return 0;
         }
-        return run(arguments);
+        return workbench::run(arguments);
     } catch (const ArgumentsError& error) {
-        complain(error);
-        return wrongUse;
+        workbench::complain(error);
+        return workbench::wrongUse;
     } catch (const std::exception& error) {
-        complain(error);
+        workbench::complain(error);
         return 1;
     }
 }

@@ -217,15 +217,15 @@ TEST_F(DemoWalkTest, AStepWithoutADeviceWarnsAndGoesOn) {
               (Texts{"I pUsbDeviceHnd:(nil)", "W NULL == pUsbDeviceHnd || NULL == pThis"}));
 }
 
-TEST_F(DemoWalkTest, AStepWithoutAManagerWarnsAndStops) {
+TEST_F(DemoWalkTest, AStepWithoutAManagerWarnsAndTouchesNothing) {
     stick("One");
     const EnumeratedHandle handle(USB_CLASS_MASS_STORAGE);
     forget();
-    CMMDeviceMgrTestAccess::demoWalk(handle.get(), nullptr);
+    EXPECT_TRUE(CMMDeviceMgrTestAccess::demoWalk(handle.get(), nullptr));
     EXPECT_EQ(story(), (Texts{"I pUsbDeviceHnd:PTR", "W NULL == pUsbDeviceHnd || NULL == pThis"}));
 }
 
-TEST_F(DemoWalkTest, AStepForAManagerThatIsGoneWarnsAndStops) {
+TEST_F(DemoWalkTest, AStepForAManagerThatIsGoneWarnsAndTouchesNothing) {
     stick("One");
     const EnumeratedHandle handle(USB_CLASS_MASS_STORAGE);
     void* const dead = mgr;
@@ -233,7 +233,7 @@ TEST_F(DemoWalkTest, AStepForAManagerThatIsGoneWarnsAndStops) {
     CMMDeviceMgr::DestroyInstance();
     mgr = nullptr;
     forget();
-    CMMDeviceMgrTestAccess::demoWalk(handle.get(), dead);
+    EXPECT_TRUE(CMMDeviceMgrTestAccess::demoWalk(handle.get(), dead));
     EXPECT_EQ(story(), (Texts{"I pUsbDeviceHnd:PTR", "W NULL == pUsbDeviceHnd || NULL == pThis"}));
 }
 

@@ -3,6 +3,7 @@
 #include <json-glib/json-glib.h>
 
 #include "MMDeviceJsonUtil.h"
+#include "Surroundings.h"
 #include "TvTest.h"
 
 namespace {
@@ -52,6 +53,10 @@ const NamedText TEXTS[] = {
     {"Json", "\"},{\"Action\":9,\"\\"},
 };
 
+/// Texts that show the names which message ids alone would leave out.
+const std::map<std::string, std::string> SHOWN = {{"TV_SID_MIX_NEW_DEVICE_CONNECTED", "new: {1}"},
+                                                  {"COM_SID_MIX_FILE_NAME_COLON", "file: {1}"}};
+
 class HostileTextTest : public ManagerTest,
                         public ::testing::WithParamInterface<std::tuple<NamedField, NamedText>> {
 protected:
@@ -72,6 +77,8 @@ protected:
         tv.settle();
         return id;
     }
+
+    const TestCatalogue catalogue{temp, SHOWN};
 
     static void expectValid(const std::optional<std::string>& text) {
         if (text) {
@@ -108,7 +115,10 @@ TEST_P(HostileTextTest, OfAStickIsKeptAsItIsAndShownAsValidText) {
     ASSERT_NE(device, nullptr);
     const auto& [field, text] = GetParam();
     EXPECT_EQ((device->*field.stored)(), text.text);
-    EXPECT_EQ(tv.screen().history().size(), 1U);
+    ASSERT_EQ(tv.screen().history().size(), 1U);
+    const std::string title = *tv.screen().history()[0].title;
+    EXPECT_EQ(title.rfind("new: ", 0), 0U);
+    EXPECT_EQ(title.size() > 5, !device->GetProduct().empty()) << "the name stands in it";
     expectJson(device);
 
     tv.screen().press(0);
@@ -147,7 +157,10 @@ INSTANTIATE_TEST_SUITE_P(EveryField,
                                     std::get<1>(test.param).name;
                          });
 
-class HostileScanTest : public ManagerTest, public ::testing::WithParamInterface<NamedText> {};
+class HostileScanTest : public ManagerTest, public ::testing::WithParamInterface<NamedText> {
+protected:
+    const TestCatalogue catalogue{temp, SHOWN};
+};
 
 TEST_P(HostileScanTest, AScannedFileNameIsShownAndLaunchedAsValidText) {
     for (const int mediaType : {2, 3, 5}) {
@@ -168,6 +181,7 @@ TEST_P(HostileScanTest, AScannedFileNameIsShownAndLaunchedAsValidText) {
         tv.settle();
         ASSERT_NE(tv.screen().popup(), nullptr);
         const std::string body = *tv.screen().popup()->body;
+        EXPECT_NE(body.find("file: "), std::string::npos);
         EXPECT_TRUE(g_utf8_validate(body.c_str(), -1, nullptr));
         tv.screen().press(0);
         tv.settle();

@@ -132,6 +132,23 @@ TEST_F(LifetimeTest, AHundredWakeUpsKeepNoMoreThanTheRecordsStillPointedAt) {
     EXPECT_EQ(mgr->GetDeviceCount(), 1);
 }
 
+// ---- a record that could not be made
+
+TEST_F(LifetimeTest, AConnectionWithoutARecordStartsNothing) {
+    forget();
+    access.connectedDevice(nullptr);
+    EXPECT_TRUE(logged(5, "NULL == pUsbDeviceHnd"));
+    EXPECT_EQ(access.currentDevice(), nullptr);
+    EXPECT_EQ(calls(), Texts{});
+}
+
+TEST_F(LifetimeTest, AnAddedDeviceWithoutARecordIsAWarning) {
+    forget();
+    access.attachEvent(nullptr, USB_CLASS_MASS_STORAGE, false);
+    EXPECT_TRUE(logged(5, "add failed !!!! pUsbDeviceHnd:(nil)"));
+    EXPECT_EQ(access.list(), nullptr);
+}
+
 // ---- pulls at every moment
 
 class PullTest : public ManagerTest {
@@ -201,16 +218,21 @@ TEST_F(PullTest, InTheSameBreathAsPluggingLeavesNothingBehind) {
     EXPECT_EQ(access.currentDevice(), nullptr);
 }
 
-TEST_F(PullTest, DuringStandbyTellsTheViewerByTheNameOfTheHandle) {
+TEST_F(PullTest, DuringStandbyTakesTheStickOutOfTheListAndShowsTheNotice) {
     const auto stick = plug(named("One", "1"));
     tv.power().standby();
-    tv.power().wake();
     tv.settle();
     tv.screen().clearHistory();
     pull(stick);
+    EXPECT_EQ(access.list(), nullptr);
     ASSERT_EQ(tv.screen().history().size(), 1U);
     EXPECT_EQ(tv.screen().history()[0].title, "One");
     EXPECT_EQ(tv.screen().history()[0].itemType, 2);
+
+    tv.power().wake();
+    tv.advanceSeconds(61);
+    EXPECT_EQ(mgr->GetDeviceList(), nullptr);
+    EXPECT_EQ(access.droppedRecords(), 0U);
 }
 
 TEST_F(PullTest, OfASecondStickIsAnnouncedAlthoughAPopUpCoveredTheFirstNotice) {

@@ -1,4 +1,4 @@
-// The callbacks of power, timers and settings when their user data is null, or a manager that is
+// The callbacks of power, timers, settings, notifications and the scan when their user data is null, or a manager that is
 // gone: a warning where there is one for it, and nothing else. Those of the USB library stand in
 // UsbIntakeTest.cpp and DemoWalkTest.cpp.
 #include "MMNames.h"
@@ -64,6 +64,39 @@ TEST_F(NoManagerTest, AUseModeChangeWarns) {
     tv.settings().set(MMNames::KEY_USE_MODE, 1);  // the watch outlives the manager
     tv.settle();
     EXPECT_EQ(story(), Texts(2, "W m_UseModeChangedCB: pThis is NULL"));
+}
+
+TEST_F(NoManagerTest, AMediaServerThatWentAwayWarns) {
+    Access::dlnaName(nullptr);
+    tv.settings().set(MMNames::KEY_REMOVED_DLNA_DEVICE, "Server");  // this watch outlives it too
+    tv.settle();
+    EXPECT_EQ(story(), Texts(2, "W pThis is NULL"));
+    EXPECT_TRUE(tv.screen().history().empty());
+}
+
+TEST_F(NoManagerTest, AButtonIsSilent) {
+    Access::button(nullptr);
+    Access::button(dead);
+    EXPECT_EQ(story(), Texts{});
+}
+
+TEST_F(NoManagerTest, HidingIsSilent) {
+    Access::hide(nullptr);
+    Access::hide(dead);
+    EXPECT_EQ(story(), Texts{});
+}
+
+TEST_F(NoManagerTest, ATimeOutIsSilent) {
+    Access::timeout(nullptr);
+    Access::timeout(dead);
+    EXPECT_EQ(story(), Texts{});
+}
+
+TEST_F(NoManagerTest, AScanResultWarnsAndIsNotTaken) {
+    EXPECT_FALSE(Access::scan(nullptr));
+    EXPECT_FALSE(Access::scan(dead));
+    const std::string begin = "I m_OnScanDeviceCB begin: event=25, json = {}";
+    EXPECT_EQ(story(), (Texts{begin, "W NULL == pThis", begin, "W NULL == pThis"}));
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ TEST_F(RemovalNoticeTest, DoesNotKeepAConnectionPopUpAway) {
     EXPECT_EQ(last().itemType, 1);
 }
 
-TEST_F(RemovalNoticeTest, ThatFailedToShowStillBlocksTheNextUntilAHideOrATimeOut) {
+TEST_F(RemovalNoticeTest, ThatFailedToShowStillBlocksTheNextUntilATimeOut) {
     const DeviceId first = plugProduct("First", "1");
     const DeviceId second = plugProduct("Second", "2");
     const DeviceId third = plugProduct("Third", "3");
@@ -201,6 +201,18 @@ TEST_F(RemovalNoticeTest, ThatFailedToShowStillBlocksTheNextUntilAHideOrATimeOut
     tv.settle();
     pull(third);
     EXPECT_EQ(notices(), Texts{"Third"});
+}
+
+TEST_F(RemovalNoticeTest, ThatFailedToShowBlocksNoMoreAfterAHide) {
+    const DeviceId first = plugProduct("First", "1");
+    const DeviceId second = plugProduct("Second", "2");
+    tv.journal().order("add_notification_data", Fault::Fails, 1);
+    forget();
+    pull(first);
+    tv.screen().sendHide();
+    tv.settle();
+    pull(second);
+    EXPECT_EQ(notices(), Texts{"Second"});
 }
 
 TEST_F(RemovalNoticeTest, OfADeviceWithoutANameIsNotShownButForgetsTheDisplayedDevice) {

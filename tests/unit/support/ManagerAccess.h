@@ -55,6 +55,10 @@ public:
     bool vconfString(const char* key, std::string& value) {
         return mgr_.m_GetVconfString(key, value);
     }
+    void connectedDevice(usb_device_s* handle) { mgr_.m_ConnectedDevice(handle); }
+    void attachEvent(usb_device_s* handle, int usbClass, bool mounted) {
+        mgr_.m_HandleAttachEvent(handle, usbClass, mounted);
+    }
     CMMDeviceInfo* addDeviceNode(usb_device_s* handle) { return mgr_.m_AddDeviceNode(handle); }
     void disconnectedDevice(usb_device_s* handle) { mgr_.m_DisconnectedDevice(handle); }
     void usbStorageInfo(usb_device_s* handle, CMMDeviceInfo* record) {

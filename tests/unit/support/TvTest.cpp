@@ -48,6 +48,7 @@ TvTest::~TvTest() {
 
 void TvTest::TearDown() {
     tv.settle();
+    tv.checkLeaks();
     EXPECT_EQ(tv.journal().breaches(), Texts{});
 }
 

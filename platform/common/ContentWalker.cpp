@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -81,11 +82,14 @@ private:
     /// Look at one name. A value ends the walk.
     std::optional<WalkOutcome> visit(const dirent& entry) {
         const char* name = entry.d_name;
-        if (name[0] == '.') {
+        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) {
             return std::nullopt;
         }
         if (++entries_ > limits_.entries) {
             return WalkOutcome::TooLarge;
+        }
+        if (name[0] == '.') {
+            return std::nullopt;
         }
         // Some file systems do not tell the kind while reading the folder.
         struct stat status {};

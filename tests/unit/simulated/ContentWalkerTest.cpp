@@ -219,6 +219,15 @@ TEST_F(ContentWalkerTest, GivesUpAtMoreNamesThanTheLimit) {
     EXPECT_EQ(walk(limits).outcome, WalkOutcome::None);
 }
 
+TEST_F(ContentWalkerTest, CountsHiddenNamesTowardsTheLimitToo) {
+    for (int i = 0; i < 20; ++i) {
+        stick.file(".f" + std::to_string(i));
+    }
+    WalkLimits limits;
+    limits.entries = 19;
+    EXPECT_EQ(walk(limits).outcome, WalkOutcome::TooLarge);
+}
+
 TEST_F(ContentWalkerTest, EndsWhenItIsCancelled) {
     stick.file("a.jpg");
     const std::atomic<bool> cancelled{true};

@@ -25,8 +25,8 @@ TEST_F(JsonTextTest, ATextThatIsAnArrayANumberNullOrNothingYieldsNoObject) {
 }
 
 TEST_F(JsonTextTest, ATextThatIsNoJsonYieldsNoObject) {
-    for (const char* text :
-         {"{", "{\"a\":}", "no", "{\"a\":1", "{\"a\":1}}", "{\"\xff\":1}", "'"}) {
+    for (const char* text : {"{", "{\"a\":}", "no", "{\"a\":1", "{\"a\":1}}", "{\"\xff\":1}", "'",
+                             "{\"a\":/}", "{\"a\":\"\\"}) {
         forget();
         Value value{std::string(text)};
         ASSERT_EQ(story().size(), 3U) << text;

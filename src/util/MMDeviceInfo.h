@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+/// One attached device or partition, as the platform described it. Owns its texts and nothing else; keeps
+/// the device's bytes as they are.
 class CMMDeviceInfo {
 public:
     /// A blank record: numbers 0, texts "", flags false.
@@ -98,8 +100,8 @@ public:
     void GetDeviceKey(std::string** ppText) { m_Lend(m_strDeviceKey, ppText); }
 
 protected:
-    /// Copy everything but what belongs to the record's place in the service: disk type, add-action
-    /// flag, both display names and index stay as they are. False, with nothing changed, for null.
+    /// Copy everything but the disk type, the flags other than the damage flag, both display names and
+    /// the index. False, with nothing changed, for null.
     bool m_CopyBaseInfo(CMMDeviceInfo* pSrc);
 
 private:

@@ -45,16 +45,6 @@ protected:
         }
         return intervals;
     }
-    /// Whether a stick that is plugged in now gets a pop-up.
-    bool popsUp() {
-        const std::size_t before = tv.screen().history().size();
-        simulated::UsbDevice stick;
-        stick.serial = "pop-up " + std::to_string(before);
-        const auto device = plug(stick);
-        const bool shown = tv.screen().history().size() > before;
-        pull(device);
-        return shown;
-    }
     bool demoWasConsidered() { return logged(4, "Check Demo player via m_AllUsbActionCallback\n"); }
 };
 

@@ -12,16 +12,6 @@ protected:
     StartUpTest() : mark(tv.journal().mark()) {}
     Texts story() { return plainStory(tv, mark); }
     Texts calls() { return tv.journal().calls(mark); }
-    /// Whether a stick that is plugged in now gets a pop-up.
-    bool popsUp() {
-        const std::size_t before = tv.screen().history().size();
-        simulated::UsbDevice stick;
-        stick.serial = "pop-up " + std::to_string(before);
-        const auto device = plug(stick);
-        const bool shown = tv.screen().history().size() > before;
-        pull(device);
-        return shown;
-    }
     std::size_t mark;
 };
 

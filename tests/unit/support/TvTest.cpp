@@ -87,6 +87,16 @@ void StartingManagerTest::pull(simulated::DeviceId device) {
     tv.settle();
 }
 
+bool StartingManagerTest::popsUp() {
+    const std::size_t before = tv.screen().history().size();
+    simulated::UsbDevice stick;
+    stick.serial = "pop-up " + std::to_string(before);
+    const simulated::DeviceId device = plug(stick);
+    const bool shown = tv.screen().history().size() > before;
+    pull(device);
+    return shown;
+}
+
 Texts StartingManagerTest::listedKeys() {
     Texts keys;
     for (GList* node = access.list(); node != nullptr; node = node->next) {

@@ -64,6 +64,8 @@ protected:
     simulated::DeviceId plug(simulated::UsbDevice like = {});
     simulated::DeviceId plug(const std::string& folder, simulated::UsbDevice like = {});
     void pull(simulated::DeviceId device);
+    /// Whether a stick that is plugged in now, and pulled at once, gets a pop-up.
+    bool popsUp();
     /// The keys of the listed devices, in list order.
     Texts listedKeys();
     CMMDeviceInfo* record(simulated::DeviceId device);

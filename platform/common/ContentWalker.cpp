@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -63,7 +64,11 @@ public:
             if (cancelled_) {
                 return {WalkOutcome::Cancelled, {}};
             }
+            errno = 0;
             const dirent* entry = readdir(folders_.back().stream.get());
+            if (entry == nullptr && errno != 0) {
+                return {WalkOutcome::Failed, {}};
+            }
             if (entry == nullptr) {
                 folders_.pop_back();
                 continue;

@@ -24,7 +24,8 @@ enum class WalkOutcome {
     Single,     ///< exactly one: see WalkResult::file
     Several,    ///< two at least; the walk ended at the second
     Cancelled,  ///< ended early by the caller
-    TooLarge    ///< ended at a limit: nothing is known of the rest
+    TooLarge,   ///< ended at a limit: nothing is known of the rest
+    Failed      ///< the device failed, or was pulled: nothing is known of the rest
 };
 
 struct WalkResult {
@@ -42,8 +43,8 @@ struct WalkLimits {
 /// Walk through `folder` and everything below it.
 ///
 /// No link is followed and no other file system entered. Files and folders whose name begins with a
-/// dot are left out, and so are the places where desktops keep deleted files. What cannot be read
-/// is skipped. Ends at the second media file, and soon after `cancelled` has become true. Length of
+/// dot are left out, and so are the places where desktops keep deleted files. What must not be read
+/// is skipped; a folder whose reading breaks off ends the walk. Ends at the second media file, and soon after `cancelled` has become true. Length of
 /// paths does not matter. Blocks: made for a worker thread.
 WalkResult walkContent(const std::string& folder,
                        const std::atomic<bool>& cancelled,

@@ -15,8 +15,8 @@ struct MediaTags {
 };
 
 /// Larger files are not opened: some formats keep their tags at the end, behind everything, and a
-/// tag that claims to be huge is read as a whole.
-constexpr std::int64_t MEDIA_TAGS_LARGEST_FILE = std::int64_t{256} * 1024 * 1024;
+/// tag that claims to be huge is held in memory as a whole, on boards that have 512 MB.
+constexpr std::int64_t MEDIA_TAGS_LARGEST_FILE = std::int64_t{64} * 1024 * 1024;
 
 /// A tag is cut to this many bytes: nobody reads more on a television.
 constexpr std::size_t MEDIA_TAGS_LONGEST_TEXT = 4096;

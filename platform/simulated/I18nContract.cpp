@@ -4,6 +4,7 @@
 #include <platform/i18n.h>
 
 #include "CatalogueBinding.h"
+#include "CatalogueList.h"
 #include "ContractCall.h"
 
 using simulated::contractCall;
@@ -21,8 +22,9 @@ int appcore_set_i18n(const char* domain, const char* dir) {
     return contractCall(__func__, journalTexts(domain, dir), [&](SimulatedTv& tv) {
         const auto* value = tv.settings().get("db/menu_widget/language");
         const auto* language = value != nullptr ? std::get_if<std::string>(value) : nullptr;
-        const bool bound = platform::bindCatalogue(
-            domain, dir, language != nullptr ? *language : std::string(), __real_bindtextdomain);
+        const std::string list =
+            platform::catalogueList(language != nullptr ? *language : std::string());
+        const bool bound = platform::bindCatalogues(domain, dir, list, __real_bindtextdomain);
         return bound ? 0 : simulated::CALL_FAILED;
     });
 }

@@ -1,16 +1,12 @@
-// Scans: a worker thread each, results on the main context. How a folder is walked and what is told
-// of a file is shared with other platforms.
+// Scans and their handles. The thread, the walk and what is told of a file are shared with other
+// platforms.
 #include "Scanner.h"
 
 #include <algorithm>
-#include <atomic>
+#include <chrono>
 #include <optional>
 #include <system_error>
-#include <thread>
 
-#include "ContentWalker.h"
-#include "MediaTags.h"
-#include "ScanReport.h"
 #include "SimulatedTv.h"
 
 namespace simulated {
@@ -20,65 +16,36 @@ namespace {
 constexpr int OK = 0;
 constexpr int ERROR = -1;
 
-/// What a scan has to tell; nothing unless the folder holds a single media file.
-std::optional<std::string> look(const std::string& folder, const std::atomic<bool>& cancelled) {
-    const platform::WalkResult result = platform::walkContent(folder, cancelled);
-    if (result.outcome != platform::WalkOutcome::Single) {
-        return std::nullopt;
-    }
-    platform::MediaTags tags;
-    if (result.file.type == platform::MediaType::Music) {
-        tags = platform::readMediaTags(result.file.path);
-    }
-    return platform::scanReport(result.file, tags);
-}
+/// Longer than any test lets a walk take.
+constexpr std::chrono::hours END_OF_A_WALK{1};
 
 }  // namespace
 
-/// One scan. Its thread reads `folder` and `cancelled`, writes `report`, and hands all back by
-/// attaching `done`; the rest belongs to the main thread.
 struct Scanner::Scan {
-    Scanner* scanner = nullptr;
     CCSFDeviceCheckHandle* handle = nullptr;
     csf_check_callback_fn callback = nullptr;
     void* userData = nullptr;
-    bool walking = true;
     bool stopped = false;
-
-    std::string folder;
-    std::atomic<bool> cancelled{false};
     std::optional<std::string> report;
-    GSource* done = nullptr;
-    std::thread thread;
-
-    Scan() = default;
-    Scan(const Scan&) = delete;
-    Scan& operator=(const Scan&) = delete;
-
-    ~Scan() {
-        cancelled = true;
-        if (thread.joinable()) {
-            thread.join();
-        }
-        if (done != nullptr) {
-            g_source_destroy(done);
-            g_source_unref(done);
-        }
-    }
+    std::unique_ptr<platform::BackgroundScan> work;
 };
 
 Scanner::Scanner(SimulatedTv& tv) : tv_(tv) {}
 
 Scanner::~Scanner() {
     for (const auto& scan : scans_) {
-        scan->cancelled = true;  // all at once, then wait for each
+        scan->work->cancel();  // all at once, then wait for each
+    }
+    // The folders are a test's, which removes them.
+    for (const auto& scan : scans_) {
+        (void)scan->work->waitForEnd(END_OF_A_WALK);
     }
 }
 
 void Scanner::release() {
     held_ = false;
     for (const auto& scan : std::vector<std::shared_ptr<Scan>>(scans_)) {
-        if (!scan->walking) {
+        if (!scan->work->isWalking()) {
             tv_.post([this, handle = scan->handle] {
                 if (const std::shared_ptr<Scan> waiting = find(handle)) {
                     finish(*waiting);
@@ -95,7 +62,7 @@ std::size_t Scanner::running() const {
 
 bool Scanner::walking() const {
     return std::any_of(scans_.begin(), scans_.end(),
-                       [](const auto& scan) { return scan->walking; });
+                       [](const auto& scan) { return scan->work->isWalking(); });
 }
 
 void Scanner::report(int event, const char* json) {
@@ -104,6 +71,12 @@ void Scanner::report(int event, const char* json) {
 
 void Scanner::reportWithoutUser(int event, const char* json) {
     report(event, json, nullptr);
+}
+
+void Scanner::reportAgain() {
+    if (lastReport_) {
+        report(CSF_EVENT_SINGLE_MEDIA, lastReport_->c_str());
+    }
 }
 
 void Scanner::report(int event, const char* json, void* userData) {
@@ -127,20 +100,15 @@ int Scanner::check(const char* mountPath,
         return ERROR;
     }
     auto scan = std::make_shared<Scan>();
-    scan->scanner = this;
     // Never an address, and never the same twice: a stale handle means no other scan.
     scan->handle = reinterpret_cast<CCSFDeviceCheckHandle*>(++lastNumber_);
     scan->callback = callback;
     scan->userData = userData;
-    scan->folder = mountPath;
-    scan->done = g_idle_source_new();
-    g_source_set_priority(scan->done, G_PRIORITY_DEFAULT);
-    g_source_set_callback(scan->done, walked, scan.get(), nullptr);
     try {
-        scan->thread = std::thread([&work = *scan] {
-            work.report = look(work.folder, work.cancelled);
-            g_source_attach(work.done, nullptr);
-        });
+        scan->work = std::make_unique<platform::BackgroundScan>(
+            mountPath, [this, &scan = *scan](const platform::BackgroundScan::Result& result) {
+                walked(scan, result);
+            });
     } catch (const std::system_error&) {
         return ERROR;
     }
@@ -156,8 +124,8 @@ int Scanner::check(const char* mountPath,
 int Scanner::stop(CCSFDeviceCheckHandle* handle) {
     if (const std::shared_ptr<Scan> scan = find(handle)) {
         scan->stopped = true;
-        scan->cancelled = true;
-        if (!scan->walking) {
+        scan->work->cancel();
+        if (!scan->work->isWalking()) {
             drop(*scan);
         }
     }
@@ -178,16 +146,16 @@ void Scanner::drop(const Scan& scan) {
 }
 
 /// The end of a walk, on the main context.
-int Scanner::walked(void* data) {
-    Scan& scan = *static_cast<Scan*>(data);
-    Scanner& scanner = *scan.scanner;
-    scan.walking = false;
-    if (scan.stopped) {
-        scanner.drop(scan);
-    } else if (!scanner.held_) {
-        scanner.finish(scan);
+void Scanner::walked(Scan& scan, const platform::BackgroundScan::Result& result) {
+    if (result.outcome == platform::WalkOutcome::Single) {
+        scan.report = result.report;
+        lastReport_ = result.report;
     }
-    return G_SOURCE_REMOVE;
+    if (scan.stopped) {
+        drop(scan);
+    } else if (!held_) {
+        finish(scan);
+    }
 }
 
 /// The scan ends, and reports if it has something to tell.

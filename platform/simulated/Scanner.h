@@ -5,10 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <platform/content_scan.h>
+
+#include "BackgroundScan.h"
 
 namespace simulated {
 
@@ -37,6 +40,9 @@ public:
     void report(int event, const char* json);
     /// The same with a null user data.
     void reportWithoutUser(int event, const char* json);
+    /// Report what the latest scan that found a single file reported, once more: to the daemon a result
+    /// that comes late. Nothing when there was none.
+    void reportAgain();
 
     // ---- the contract
 
@@ -48,7 +54,7 @@ public:
 
 private:
     struct Scan;
-    static int walked(void* data);
+    void walked(Scan& scan, const platform::BackgroundScan::Result& result);
     void report(int event, const char* json, void* userData);
     void finish(Scan& scan);
     void drop(const Scan& scan);
@@ -59,6 +65,7 @@ private:
     csf_check_callback_fn lastCallback_ = nullptr;
     void* lastUserData_ = nullptr;
     CCSFDeviceCheckHandle* lastHandle_ = nullptr;
+    std::optional<std::string> lastReport_;
     bool held_ = false;
     std::uintptr_t lastNumber_ = 0;
 };

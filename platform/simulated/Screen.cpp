@@ -144,13 +144,14 @@ int Screen::add(const NotificationRecord* record) {
                                                          std::numeric_limits<unsigned>::max());
         const int number = ++shown_;
         const int itemType = record->nItemType;
-        timer_ = tv_.clock().add(static_cast<unsigned>(wait), [this, number, itemType] {
+        const auto end = [this, number, itemType] {
             if (covered_.erase(number) == 0) {
                 timer_ = 0;
                 takeDown();
             }
             tellTimeOut(itemType);
-        });
+        };
+        timer_ = tv_.clock().add(static_cast<unsigned>(wait), end, "time-out of a pop-up");
     }
     return SHOWN;
 }

@@ -183,18 +183,16 @@ std::vector<VirtualClock::Timer> VirtualClock::timers() const {
 }
 
 unsigned VirtualClock::add(unsigned interval, GSourceFunc function, void* data) {
-    return attach(interval, function, data, nullptr);
+    return attach(interval, function, data, nullptr, "");
 }
 
-unsigned VirtualClock::add(unsigned interval, std::function<void()> function) {
+unsigned VirtualClock::add(unsigned interval, std::function<void()> function, const char* name) {
     return attach(interval, callOnce, new std::function<void()>(std::move(function)),
-                  deleteFunction);
+                  deleteFunction, name);
 }
 
-unsigned VirtualClock::attach(unsigned interval,
-                              GSourceFunc function,
-                              void* data,
-                              GDestroyNotify destroy) {
+unsigned VirtualClock::attach(
+    unsigned interval, GSourceFunc function, void* data, GDestroyNotify destroy, const char* name) {
     GSource* base = g_source_new(&functions_, sizeof(TimerSource));
     auto* source = reinterpret_cast<TimerSource*>(base);
     source->clock = this;
@@ -202,7 +200,7 @@ unsigned VirtualClock::attach(unsigned interval,
     g_source_set_callback(base, function, data, destroy);
     g_source_set_static_name(base, "timer on the TV's clock");
     source->timer = {g_source_attach(base, nullptr), now() + interval, interval,
-                     reinterpret_cast<const void*>(function)};
+                     reinterpret_cast<const void*>(function), name};
     sources_.push_back(source);
     const unsigned id = source->timer.id;
     g_source_unref(base);

@@ -26,6 +26,7 @@ public:
         std::int64_t due;       ///< virtual milliseconds
         std::int64_t interval;  ///< milliseconds
         const void* callback;   ///< its function
+        const char* name;       ///< of a timer of the simulation itself; "" for the daemon's
     };
 
     /// Virtual milliseconds since the TV was made.
@@ -47,8 +48,8 @@ public:
     unsigned add(unsigned interval, GSourceFunc function, void* data);
 
     /// A timer of the simulation itself, e.g. the time-out of a pop-up; remove with
-    /// g_source_remove().
-    unsigned add(unsigned interval, std::function<void()> function);
+    /// g_source_remove(). `name`, a literal, tells people what it is for.
+    unsigned add(unsigned interval, std::function<void()> function, const char* name = "");
 
 private:
     struct TimerSource;
@@ -60,7 +61,11 @@ private:
     std::int64_t readyTime(const TimerSource& source) const;
     void fire(TimerSource& source);
     void forget(TimerSource* source);
-    unsigned attach(unsigned interval, GSourceFunc function, void* data, GDestroyNotify destroy);
+    unsigned attach(unsigned interval,
+                    GSourceFunc function,
+                    void* data,
+                    GDestroyNotify destroy,
+                    const char* name);
 
     static GSourceFuncs functions_;
     std::vector<TimerSource*> sources_;  // borrowed; each takes itself out when it is finalized

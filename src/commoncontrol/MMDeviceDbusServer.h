@@ -17,6 +17,7 @@
 #include "MMDeviceClientMgr.h"
 
 class CMMDeviceInfo;
+struct _stMMDeviceState;
 
 class CMMDeviceDbusServer {
 public:
@@ -39,6 +40,9 @@ public:
     /// Forget all clients, give back the name and end the photo play list. The object stays on the
     /// bus until the process ends; its methods then find no clients.
     void Destroy();
+
+    /// Append the one service's clients to `stState`; see MMDeviceState.h. Nothing without a service.
+    static void ReadClients(_stMMDeviceState& stState);
 
 private:
     friend class CMMDeviceDbusServerTestAccess;  // tests of what no peer on a bus can bring about

@@ -65,6 +65,7 @@ struct _stScanFileData {
 int get_list_count(GList* pList);
 
 class CMMDeviceJsonValue;
+struct _stMMDeviceState;
 
 class CMMDeviceMgr {
 public:
@@ -112,6 +113,10 @@ public:
     /// The list itself, newest device first; lent, neither to be changed nor freed. Enumerates the
     /// attached devices first when it is empty; null when there are none.
     GList* GetDeviceList();
+
+    /// Copy what the one manager knows into `stState`, without a trace in log or list; see MMDeviceState.h.
+    /// False when there is no manager.
+    static bool ReadState(_stMMDeviceState& stState);
 
 private:
     friend class CMMDeviceMgrTestAccess;  // tests of operations that no event can reach on its own

@@ -15,6 +15,14 @@ import sys
 CONTRACT = "platform/include/platform/"
 SIMULATED_TV = "platform/simulated/SimulatedTv.h"
 
+# The one window into the daemon: a value to be read. The web page shows the daemon's own list, counters
+# and clients, and a copy of them that the workbench kept for itself could be wrong.
+DAEMON_STATE = "src/commoncontrol/MMDeviceState.h"
+SETTINGS_FILES = [
+    "platform/linux/settings/SettingsStore.h",
+    "platform/linux/support/PathWatch.h",
+]
+
 # Floor, and what it may include: a folder with everything below it, or one file. The first floor
 # that a file stands on counts.
 FLOORS = [
@@ -25,8 +33,11 @@ FLOORS = [
     ("platform/common/", ["platform/common/", CONTRACT]),
     ("platform/simulated/", ["platform/simulated/", "platform/common/", CONTRACT]),
     ("platform/linux/", ["platform/linux/", "platform/common/", CONTRACT]),
+    ("handlers/", ["handlers/", "platform/common/"]),
+    ("workbench/web/", ["workbench/", SIMULATED_TV, DAEMON_STATE]),
     ("workbench/", ["workbench/", SIMULATED_TV]),
-    ("ctl/", ["ctl/"]),
+    # Of the Linux machine only the settings: they are files, and no bus leads to them.
+    ("ctl/", ["ctl/", *SETTINGS_FILES]),
 ]
 
 # Where the compiler looks for a name, in this order.
@@ -37,6 +48,11 @@ INCLUDE_ROOTS = [
     "platform/include",
     "platform/common",
     "platform/simulated",
+    "platform/linux",
+    "platform/linux/support",
+    "workbench",
+    "workbench/web",
+    "workbench/scenario",
 ]
 
 # Tests and benchmarks look into every floor; build/ is nobody's.

@@ -98,7 +98,7 @@ int init_notification_data_manager(const char* sender, int flags);
  * Which pop-up stays visible when one is shown over another is the service's affair. A pop-up with
  * buttons that was replaced sends no callback any more. A removal notice that was replaced or covered
  * still reports its time-out, or that it was hidden: until one of the two comes the daemon shows no
- * further removal notice.
+ * further removal notice. That holds for one that was refused, too: better report it as hidden.
  * @param record  borrowed until the return
  * @return 0 = shown (or on its way); anything else: this pop-up will not be seen. The daemon logs the
  *         failure and goes on.

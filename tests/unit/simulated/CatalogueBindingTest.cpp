@@ -13,6 +13,7 @@
 #include <platform/i18n.h>
 
 #include "CatalogueBinding.h"
+#include "CatalogueList.h"
 #include "LanguageGuard.h"
 #include "TvTest.h"
 
@@ -32,6 +33,81 @@ TEST(CatalogueListTest, LeavesTheCharacterSetOutAndKeepsTheModifier) {
     EXPECT_EQ(platform::catalogueList("pt_BR.UTF-8"), "pt_BR:en");
     EXPECT_EQ(platform::catalogueList("sr_RS.UTF-8@latin"), "sr_RS@latin:en");
     EXPECT_EQ(platform::catalogueList("pt-BR"), "pt_BR:en");
+}
+
+TEST(CatalogueListTest, KnowsLanguagesByTheirOtherCodes) {
+    EXPECT_EQ(platform::catalogueList("no_NO"), "no_NO:nb:en");
+    EXPECT_EQ(platform::catalogueList("nn_NO.UTF-8"), "nn_NO:nb:en");
+    EXPECT_EQ(platform::catalogueList("iw_IL"), "iw_IL:he:en");
+    EXPECT_EQ(platform::catalogueList("in_ID"), "in_ID:id:en");
+    EXPECT_EQ(platform::catalogueList("tl_PH"), "tl_PH:fil:en");
+    EXPECT_EQ(platform::catalogueList("mo"), "mo:ro:en");
+    EXPECT_EQ(platform::catalogueList("prs_AF"), "prs_AF:fa:en");
+    EXPECT_EQ(platform::catalogueList("sh_YU"), "sh_YU:sr@latin:en");
+    EXPECT_EQ(platform::catalogueList("cnr"), "cnr:sr@latin:en");
+    EXPECT_EQ(platform::catalogueList("yue_HK"), "yue_HK:zh_HK:en");
+    EXPECT_EQ(platform::catalogueList("cmn"), "cmn:zh_CN:en");
+}
+
+TEST(CatalogueListTest, PutsTheSpanishOfAmericaBeforeThatOfSpain) {
+    EXPECT_EQ(platform::catalogueList("es_AR"), "es_419:es_AR:en");
+    EXPECT_EQ(platform::catalogueList("es-US"), "es_419:es_US:en");
+    EXPECT_EQ(platform::catalogueList("es_419"), "es_419:en");
+    EXPECT_EQ(platform::catalogueList("es_MX"), "es_MX:en");
+    EXPECT_EQ(platform::catalogueList("es_ES"), "es_ES:en");
+    EXPECT_EQ(platform::catalogueList("es"), "es:en");
+    EXPECT_EQ(platform::catalogueList("pt_AR"), "pt_AR:en");
+}
+
+TEST(CatalogueListTest, ReadsChineseInTheScriptOfTheCountryOrOfTheName) {
+    EXPECT_EQ(platform::catalogueList("zh"), "zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh_TW"), "zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh_HK"), "zh_HK:zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh_MO"), "zh_MO:zh_HK:zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh_SG"), "zh_SG:zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh_MY"), "zh_MY:zh_SG:zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hans"), "zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hans-SG"), "zh_SG:zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hans-HK"), "zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hans-TW"), "zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hans-CN"), "zh_CN:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hant"), "zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hant-TW"), "zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh-Hant-HK"), "zh_HK:zh_TW:en");
+    EXPECT_EQ(platform::catalogueList("zh_Hant_MY"), "zh_TW:en");
+}
+
+TEST(CatalogueListTest, TurnsAScriptIntoWhatTheCLibraryKnows) {
+    EXPECT_EQ(platform::catalogueList("sr-Latn"), "sr@latin:en");
+    EXPECT_EQ(platform::catalogueList("sr_Latn_RS"), "sr_RS@latin:en");
+    EXPECT_EQ(platform::catalogueList("sr_Cyrl_RS"), "sr_RS:en");
+    EXPECT_EQ(platform::catalogueList("uz_Latn_UZ"), "uz_UZ:en");
+    EXPECT_EQ(platform::catalogueList("ca_ES@valencia"), "ca_ES@valencia:en");
+}
+
+TEST(CatalogueListTest, FollowsTheEnvironmentAsTheCLibraryDoes) {
+    using platform::catalogueList;
+    using Languages = platform::EnvironmentLanguages;
+    EXPECT_EQ(catalogueList(Languages{}), "en");
+    EXPECT_EQ(catalogueList(Languages{"", "", "", "de_DE.UTF-8"}), "de_DE:en");
+    EXPECT_EQ(catalogueList(Languages{"", "", "fr_FR", "de_DE"}), "fr_FR:en");
+    EXPECT_EQ(catalogueList(Languages{"", "it_IT", "fr_FR", "de_DE"}), "it_IT:en");
+    EXPECT_EQ(catalogueList(Languages{"no:sv:da", "", "", "nb_NO"}), "no:nb:sv:da:en");
+    EXPECT_EQ(catalogueList(Languages{"fr", "", "", "C.UTF-8"}), "fr:en");
+    for (const char* none : {"", "C", "POSIX"}) {
+        EXPECT_EQ(catalogueList(Languages{"fr", "", "", none}), "en") << none;
+    }
+}
+
+TEST(CatalogueListTest, LeavesOutWhatIsNoLanguageAndWhatStandsBehindEnglish) {
+    using Languages = platform::EnvironmentLanguages;
+    EXPECT_EQ(platform::catalogueList(Languages{"::../x:de::", "", "", "de_DE"}), "de:en");
+    EXPECT_EQ(platform::catalogueList(Languages{"de:en:fr", "", "", "de_DE"}), "de:en");
+    std::string endless = "de";
+    for (int i = 0; i < 100'000; ++i) {
+        endless += ":fr";
+    }
+    EXPECT_LT(platform::catalogueList(Languages{endless, "", "", "de_DE"}).size(), 100U);
 }
 
 TEST(CatalogueListTest, TakesWhatIsNoLanguageForUnset) {
@@ -82,8 +158,8 @@ protected:
         ASSERT_TRUE(process != nullptr && g_subprocess_wait_check(process, nullptr, nullptr));
     }
     bool bind(const std::string& language) const {
-        return platform::bindCatalogue(DOMAIN, (folder.path() + "/locale").c_str(), language,
-                                       bindtextdomain);
+        return platform::bindCatalogues(DOMAIN, (folder.path() + "/locale").c_str(),
+                                        platform::catalogueList(language), bindtextdomain);
     }
     std::string play() const { return dgettext(DOMAIN, "SID_PLAY"); }
     std::string playIn(const std::string& language) const {
@@ -129,9 +205,9 @@ TEST_F(CatalogueBindingTest, KeepsNumbersAsTheyAre) {
 }
 
 TEST_F(CatalogueBindingTest, FailsWithoutDomainOrFolder) {
-    EXPECT_FALSE(platform::bindCatalogue(nullptr, "/", "de", bindtextdomain));
-    EXPECT_FALSE(platform::bindCatalogue("", "/", "de", bindtextdomain));
-    EXPECT_FALSE(platform::bindCatalogue(DOMAIN, nullptr, "de", bindtextdomain));
+    EXPECT_FALSE(platform::bindCatalogues(nullptr, "/", "de", bindtextdomain));
+    EXPECT_FALSE(platform::bindCatalogues("", "/", "de", bindtextdomain));
+    EXPECT_FALSE(platform::bindCatalogues(DOMAIN, nullptr, "de", bindtextdomain));
 }
 
 TEST_F(CatalogueBindingTest, IsDoneByThePlatformInTheLanguageOfTheSettings) {

@@ -1,0 +1,182 @@
+// All folders above the path are watched, as far down as there are any. The last is watched for what
+// comes and goes in it; the one above, for the going of the last, which would itself tell of its removal
+// only when nobody uses it any more. The others can only be moved while something is in them, so that
+// whatever else happens there (in /run, in /tmp) wakes nobody up. A file system that is mounted over a
+// folder (the folder of a user's session, when he logs in) hides it without a word from the folder: the
+// mount table tells.
+#include "PathWatch.h"
+
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include <glib-unix.h>
+
+namespace machine {
+
+namespace {
+
+constexpr std::uint32_t MOVES = IN_ONLYDIR | IN_MOVE_SELF;
+constexpr std::uint32_t GOINGS = MOVES | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+constexpr std::uint32_t ALL = GOINGS | IN_CREATE | IN_CLOSE_WRITE;
+
+/// What the kernel says of a folder that is elsewhere now or no more, and of lost events.
+constexpr std::uint32_t LOST = IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT | IN_Q_OVERFLOW;
+
+/// A file that was just made: its writing is told when it ends.
+bool isYetToBeWritten(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
+}  // namespace
+
+struct PathWatch::Impl {
+    /// A folder and the name in it that matters.
+    struct Folder {
+        int watch;  ///< the kernel's number
+        std::string path;
+        std::string name;
+        bool holdsPath;  ///< the name is the path's own
+    };
+
+    std::string path;
+    std::function<void()> changed;
+    int inotify = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    unsigned source = 0;
+    int mountTable = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    unsigned mountSource = 0;
+    std::vector<Folder> folders;
+
+    Impl(const std::string& wanted, std::function<void()> told) : changed(std::move(told)) {
+        g_autofree char* absolute = g_canonicalize_filename(wanted.c_str(), nullptr);
+        path = absolute;
+        if (inotify >= 0) {
+            source = g_unix_fd_add(inotify, G_IO_IN, reinterpret_cast<GUnixFDSourceFunc>(readable),
+                                   this);
+            arm();
+        }
+        if (inotify >= 0 && mountTable >= 0) {
+            mountSource = g_unix_fd_add(mountTable, static_cast<GIOCondition>(G_IO_PRI | G_IO_ERR),
+                                        reinterpret_cast<GUnixFDSourceFunc>(mountsChanged), this);
+        }
+    }
+    ~Impl() {
+        if (mountSource != 0) {
+            g_source_remove(mountSource);
+        }
+        if (mountTable >= 0) {
+            (void)close(mountTable);
+        }
+        if (inotify >= 0) {
+            g_source_remove(source);
+            (void)close(inotify);
+        }
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    /// Watch the folders that are there, from the top, each for everything at first: the next one cannot
+    /// come or go unseen in between.
+    void arm() {
+        const std::vector<Folder> before = std::exchange(folders, {});
+        for (std::size_t slash = 0; slash != std::string::npos; slash = path.find('/', slash + 1)) {
+            const std::size_t end = path.find('/', slash + 1);
+            Folder folder{0, slash == 0 ? "/" : path.substr(0, slash),
+                          path.substr(slash + 1, end - slash - 1), end == std::string::npos};
+            folder.watch = inotify_add_watch(inotify, folder.path.c_str(), ALL);
+            if (folder.watch >= 0) {
+                folders.push_back(std::move(folder));
+            } else if (errno == ENOENT || errno == ENOTDIR) {
+                break;
+            }  // else it is forbidden, and what is in it need not be
+        }
+        for (std::size_t left = folders.size(); left > 1; --left) {
+            Folder& folder = folders[folders.size() - left];
+            // Another number is that of another folder, come meanwhile; the news of it is on its way.
+            folder.watch =
+                inotify_add_watch(inotify, folder.path.c_str(), left == 2 ? GOINGS : MOVES);
+        }
+        for (const Folder& old : before) {
+            if (!isWatched(old.watch)) {
+                (void)inotify_rm_watch(inotify, old.watch);
+            }
+        }
+    }
+
+    bool isWatched(int number) const {
+        return std::any_of(folders.begin(), folders.end(),
+                           [&](const Folder& folder) { return folder.watch == number; });
+    }
+
+    /// Whether an event means that `changed` is to be called.
+    bool matters(const inotify_event& event, bool& foldersMoved) const {
+        if ((event.mask & LOST) != 0U) {
+            const bool ours = (event.mask & IN_Q_OVERFLOW) != 0U || isWatched(event.wd);
+            foldersMoved |= ours;
+            return ours;
+        }
+        const char* const name = event.len > 0 ? event.name : "";
+        const auto found = std::find_if(folders.begin(), folders.end(), [&](const Folder& folder) {
+            return folder.watch == event.wd && folder.name == name;
+        });
+        if (found == folders.end()) {
+            return false;
+        }
+        foldersMoved |= !found->holdsPath;
+        return !found->holdsPath || (event.mask & IN_CREATE) == 0U || !isYetToBeWritten(path);
+    }
+
+    /// Something was mounted or unmounted somewhere. A folder that is now another one has another number.
+    static gboolean mountsChanged(int, GIOCondition, void* self) {
+        auto& watch = *static_cast<Impl*>(self);
+        const std::vector<Folder> before = watch.folders;
+        watch.arm();
+        if (!std::equal(
+                before.begin(), before.end(), watch.folders.begin(), watch.folders.end(),
+                [](const Folder& one, const Folder& other) { return one.watch == other.watch; })) {
+            const std::function<void()> tell = watch.changed;
+            tell();
+        }
+        return G_SOURCE_CONTINUE;
+    }
+
+    static gboolean readable(int descriptor, GIOCondition, void* self) {
+        auto& watch = *static_cast<Impl*>(self);
+        bool happened = false;
+        bool foldersMoved = false;
+        alignas(inotify_event) std::array<char, 4096> events;
+        for (ssize_t size = 0; (size = read(descriptor, events.data(), events.size())) > 0;) {
+            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
+                const auto* const event =
+                    reinterpret_cast<const inotify_event*>(events.data() + at);
+                happened |= watch.matters(*event, foldersMoved);
+                at += sizeof *event + event->len;
+            }
+        }
+        if (foldersMoved) {
+            watch.arm();
+        }
+        if (happened) {
+            // A copy, and the last thing done: it may end the watch.
+            const std::function<void()> tell = watch.changed;
+            tell();
+        }
+        return G_SOURCE_CONTINUE;
+    }
+};
+
+PathWatch::PathWatch(const std::string& path, std::function<void()> changed)
+    : impl_(std::make_unique<Impl>(path, std::move(changed))) {}
+
+PathWatch::~PathWatch() = default;
+
+}  // namespace machine

@@ -6,8 +6,8 @@ set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-# Every variant puts a relative folder in front of the daemon's absolute paths, so that each
-# process finds them below the folder that it works in.
+# Variants put a relative folder in front of the daemon's absolute paths, so that each process finds
+# them below the folder that it works in. "machine" is what `./dev run --machine` runs from anywhere.
 common_options=(-Dwerror=true -Dpath_prefix=./root)
 
 # Sets options to how a variant is configured.
@@ -18,9 +18,13 @@ options_of() {
       options=(-Dbuildtype=debugoptimized -Doptimization=1 "-Db_sanitize=address,undefined" -Db_lundef=false)
       ;;
     coverage) options=(-Dbuildtype=debug -Db_coverage=true) ;;
-    *) die 2 "build: unknown variant '$1'; there are release, sanitize and coverage" ;;
+    machine) options=(-Dbuildtype=release -Ddevelopment=false) ;;
+    *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage and machine" ;;
   esac
-  options+=("${common_options[@]}")
+  options=("${common_options[@]}" "${options[@]}")
+  if [[ $1 == machine ]]; then
+    options+=("-Dpath_prefix=$root/build/machine-image")
+  fi
 }
 
 # Runs a command, keeping what it prints for the case that it fails.

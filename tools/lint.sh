@@ -29,7 +29,7 @@ case ${1:-} in
     shellcheck -x "${files[@]}"
     ;;
   tidy)
-    take < <(cxx_files src platform workbench ctl)
+    take < <(cxx_files src platform handlers workbench ctl)
     "$python" "$root/tools/tidy.py" "$root/build/release" "${files[@]}"
     ;;
   *)

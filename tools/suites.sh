@@ -84,12 +84,13 @@ unit() {
     "GTEST_OUTPUT=xml:$file" GTEST_BRIEF=1 GTEST_COLOR=no "$root/build/$2/tests/unit/unit-tests"
 }
 
-# The pytest files of a folder, against a build: pytests NAME VARIANT FOLDER
+# The pytest files of a folder, against a build, some at a time where they mostly wait:
+# pytests NAME VARIANT FOLDER [AT-A-TIME]
 pytests() {
   local file=$results/${1// /-}.xml
   cases "$1" 600 "$file" env -C "$root" "PORTMELD_BUILD_DIR=$root/build/$2" \
     "$python" -m pytest -q --tb=short -p no:cacheprovider --rootdir="$root" \
-    --junitxml="$file" "$3"
+    --numprocesses="${4:-0}" --junitxml="$file" "$3"
 }
 
 # Fails when a sanitizer wrote a report, whichever process it was in, and shows the reports.

@@ -5,7 +5,7 @@ set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-all_suites=(unit bus workbench resources sanitize house lint)
+all_suites=(unit bus ctl linux workbench resources packaging sanitize house lint)
 asked=("$@")
 if ! ((${#asked[@]})); then
   asked=("${all_suites[@]}")
@@ -32,18 +32,29 @@ wanted() {
 source "$root/tools/suites.sh"
 
 release=0
-if wanted unit bus workbench resources lint; then
+if wanted unit bus ctl linux workbench resources lint; then
   check 'build release' 1200 "$root/tools/build.sh" release
   release=$status
 fi
 if wanted unit; then
   if ((release == 0)); then unit unit release; else blocked unit; fi
 fi
-for suite in bus workbench resources; do
+declare -A at_a_time=([linux]=4 [ctl]=2)
+for suite in bus ctl linux workbench resources; do
   if wanted "$suite"; then
-    if ((release == 0)); then pytests "$suite" release "tests/$suite"; else blocked "$suite"; fi
+    if ((release == 0)); then
+      pytests "$suite" release "tests/$suite" "${at_a_time[$suite]:-0}"
+    else
+      blocked "$suite"
+    fi
   fi
 done
+
+if wanted packaging; then
+  # What is tried is what people install: the packages themselves.
+  check 'packages' 1200 "$root/tools/package.sh"
+  if ((status == 0)); then pytests packaging package tests/packaging; else blocked packaging; fi
+fi
 
 if wanted sanitize; then
   check 'build sanitize' 1200 "$root/tools/build.sh" sanitize
@@ -54,12 +65,15 @@ if wanted sanitize; then
     export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
     UBSAN_OPTIONS+=":log_path=$sanitizer_reports/undefined"
     unit 'unit under sanitizers' sanitize
-    pytests 'bus under sanitizers' sanitize tests/bus
+    for suite in bus ctl linux; do
+      pytests "$suite under sanitizers" sanitize "tests/$suite" "${at_a_time[$suite]:-0}"
+    done
     unset ASAN_OPTIONS UBSAN_OPTIONS
     no_sanitizer_reports
   else
-    blocked 'unit under sanitizers'
-    blocked 'bus under sanitizers'
+    for suite in unit bus ctl linux; do
+      blocked "$suite under sanitizers"
+    done
   fi
 fi
 

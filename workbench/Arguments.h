@@ -15,7 +15,14 @@ struct StickWish {
 
 struct Arguments {
     std::vector<StickWish> sticks;
-    std::string language;  ///< of the TV; "" when none was asked for
+    std::string language;     ///< of the TV; "" when none was asked for
+    bool isTerminal = false;  ///< the terminal form, not the page
+    unsigned port = 0;        ///< of the page; 0: a free one
+    std::string pageFolder;   ///< the page's files; "": those in the program
+    bool isBare = false;      ///< nothing is plugged in at the beginning
+    std::string replay;       ///< a scenario to be replayed; "" for none
+    bool isHeadless = false;  ///< no page: the TV is switched off after the scenario
+    std::string record;       ///< file for what is done, as a scenario; "" for none
     bool versionOnly = false;
 };
 

@@ -14,9 +14,6 @@ namespace {
 
 constexpr double rates[] = {1, 2, 5, 10, 30, 60};
 
-/// Time enough for every start-up timer; a daemon that takes no events after it never will.
-constexpr std::int64_t longestStartUp = 60000;
-
 std::string secondsText(std::int64_t milliseconds) {
     return std::to_string((milliseconds + 999) / 1000) + " s";
 }
@@ -252,16 +249,9 @@ void Remote::advanceTo(std::int64_t due, const std::string& reason) {
 }
 
 void Remote::skipStartUp() {
-    const std::int64_t start = tv_.clock().now();
-    while (!tv_.ports().listening() && tv_.clock().now() - start < longestStartUp) {
-        const auto timers = tv_.clock().timers();
-        if (timers.empty()) {
-            break;
-        }
-        tv_.advance(std::max<std::int64_t>(timers.front().due - tv_.clock().now(), 0));
-    }
+    const std::int64_t skipped = workbench::skipStartUp(tv_);
     transcript_.tell("clock", "portmeld takes no USB events in its first 30 s; " +
-                                  secondsText(tv_.clock().now() - start) + " were skipped");
+                                  secondsText(skipped) + " were skipped");
     if (!tv_.ports().listening()) {
         transcript_.tell("tv", "portmeld takes no USB events at all", Style::Warning);
     }

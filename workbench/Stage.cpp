@@ -63,6 +63,14 @@ Stage::~Stage() {
     remove();
 }
 
+std::string Stage::interfaceDescription() const {
+    return fs::path(folder_) / binaries / "portmeld.interface.xml";
+}
+
+std::string Stage::catalogues() const {
+    return fs::path(folder_) / applicationResources / "locale";
+}
+
 bool Stage::hasLanguage(const std::string& code) const {
     return code.find('/') == std::string::npos &&
            fs::exists(fs::path(applicationResources) / "locale" / code / "LC_MESSAGES" /

@@ -19,6 +19,10 @@ public:
 
     const std::string& folder() const { return folder_; }
 
+    /// The daemon's interface description, and the folder of its message catalogues.
+    std::string interfaceDescription() const;
+    std::string catalogues() const;
+
     /// Whether there is a message catalogue for this language code.
     bool hasLanguage(const std::string& code) const;
 

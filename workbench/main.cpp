@@ -14,6 +14,7 @@
 #include "Stage.h"
 #include "Terminal.h"
 #include "TvFacts.h"
+#include "WebSession.h"
 
 namespace workbench {
 
@@ -37,7 +38,11 @@ int run(Arguments arguments) {
     simulated::SimulatedTv tv;
     tv.settings().set(languageKey, language.c_str());
     tv.clock().setRate(1);
-    if (arguments.sticks.empty()) {
+    if (!arguments.isTerminal) {
+        WebSession session(tv, stage, bus.address(), arguments);
+        return session.run();
+    }
+    if (arguments.sticks.empty() && !arguments.isBare) {
         arguments.sticks.push_back(sampleStick);
     }
     Terminal terminal(STDOUT_FILENO, isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0);

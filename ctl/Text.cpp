@@ -1,0 +1,79 @@
+// Harmful characters by their Unicode category, and widths, as GLib knows them.
+#include "Text.h"
+
+#include <memory>
+
+#include <glib.h>
+
+namespace ctl {
+
+namespace {
+
+using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
+
+constexpr gunichar ZERO_WIDTH_NON_JOINER = 0x200C;
+constexpr gunichar ZERO_WIDTH_JOINER = 0x200D;
+
+}  // namespace
+
+bool isHarmful(char32_t character) {
+    switch (g_unichar_type(character)) {
+        case G_UNICODE_CONTROL:
+        case G_UNICODE_LINE_SEPARATOR:
+        case G_UNICODE_PARAGRAPH_SEPARATOR:
+        case G_UNICODE_SURROGATE:
+        case G_UNICODE_UNASSIGNED:
+        case G_UNICODE_PRIVATE_USE:
+            return true;
+        case G_UNICODE_FORMAT:
+            // Joiners are letters' business in many scripts.
+            return character != ZERO_WIDTH_NON_JOINER && character != ZERO_WIDTH_JOINER;
+        default:
+            return false;
+    }
+}
+
+void forEachCharacter(std::string_view text,
+                      const std::function<void(char32_t, std::string_view)>& function) {
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        const auto length =
+            static_cast<std::size_t>(static_cast<unsigned char>(g_utf8_skip[first]));
+        function(g_utf8_get_char(text.data()), text.substr(0, length));
+        text.remove_prefix(length);
+    }
+}
+
+std::string printable(std::string_view bytes) {
+    const OwnedText valid(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())),
+                          g_free);
+    std::string result;
+    forEachCharacter(valid.get(), [&](char32_t character, std::string_view encoded) {
+        if (isHarmful(character)) {
+            const OwnedText number(character > 0xFFFF ? g_strdup_printf("\\U%08x", character)
+                                                      : g_strdup_printf("\\u%04x", character),
+                                   g_free);
+            result += number.get();
+        } else {
+            result += encoded;
+        }
+    });
+    return result;
+}
+
+std::size_t columnsOf(std::string_view text) {
+    std::size_t columns = 0;
+    forEachCharacter(text, [&](char32_t character, std::string_view) {
+        if (g_unichar_iszerowidth(character) == FALSE) {
+            columns += g_unichar_iswide(character) != FALSE ? 2 : 1;
+        }
+    });
+    return columns;
+}
+
+std::string padded(const std::string& text, std::size_t columns) {
+    const std::size_t taken = columnsOf(text);
+    return taken < columns ? text + std::string(columns - taken, ' ') : text;
+}
+
+}  // namespace ctl

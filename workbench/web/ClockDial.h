@@ -1,0 +1,27 @@
+// The passing of the TV's time: real, faster, stopped, a step or a stretch at once; and the timers that
+// wait.
+#pragma once
+
+#include "Order.h"
+#include "SimulatedTv.h"
+
+namespace workbench {
+
+class ClockDial {
+public:
+    explicit ClockDial(simulated::SimulatedTv& tv) : tv_(tv) {}
+
+    // The orders. Those that let time pass run the main loop until all is settled.
+    Json clock(const Json& with);
+    Json step();
+    Json skip(const Json& with);
+
+    /// The clock as the protocol has it. Without `times`, what only says how time passes is left out.
+    Json state(bool times) const;
+
+private:
+    simulated::SimulatedTv& tv_;
+    int factor_ = 30;
+};
+
+}  // namespace workbench

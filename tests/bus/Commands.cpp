@@ -1,7 +1,6 @@
 // The table of the commands of Commands.h, and what each does.
 #include "Commands.h"
 
-#include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,22 +12,12 @@
 
 #include "Json.h"
 #include "MMDeviceDbusServer.h"
+#include "Words.h"
 
 namespace {
 
 using simulated::SimulatedTv;
 using simulated::UsbDevice;
-using Words = std::vector<std::string>;
-
-int integer(const std::string& word) {
-    int value = 0;
-    const char* end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, value);
-    if (error != std::errc() || stop != end) {
-        throw std::invalid_argument("'" + word + "' is no number");
-    }
-    return value;
-}
 
 /// A device from words like "product=Stick" and "vendorId=1921" on; "serial" alone: it has none.
 UsbDevice usbDevice(const Words& words, std::size_t first) {
@@ -200,21 +189,6 @@ constexpr Command COMMANDS[] = {
     {"bus-service", 1, 1,  // 0|1
      [](SimulatedTv&, const Words& words) { return busService(integer(words[1]) != 0); }},
 };
-
-Words wordsOf(const std::string& line) {
-    Words words;
-    const std::unique_ptr<char*, void (*)(char**)> encoded(g_strsplit(line.c_str(), " ", -1),
-                                                           g_strfreev);
-    for (char** word = encoded.get(); *word != nullptr; ++word) {
-        const std::unique_ptr<char, void (*)(void*)> decoded(g_uri_unescape_string(*word, nullptr),
-                                                             g_free);
-        if (decoded == nullptr) {
-            throw std::invalid_argument(std::string("cannot decode '") + *word + "'");
-        }
-        words.emplace_back(decoded.get());
-    }
-    return words;
-}
 
 const Command& commandFor(const Words& words) {
     for (const Command& command : COMMANDS) {

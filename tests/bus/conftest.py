@@ -7,21 +7,6 @@ against the platform's contract. What the daemon printed is shown when a test fa
 import daemon as daemon_module
 import pytest
 from client import ClientProcess
-from private_bus import PrivateBus
-
-
-@pytest.fixture
-def start_bus(tmp_path):
-    """Starts a bus; `names` tells whether it lets anybody own a name."""
-    buses = []
-
-    def start(names=True):
-        buses.append(PrivateBus(tmp_path / f"bus{len(buses)}", names))
-        return buses[-1]
-
-    yield start
-    for bus in buses:
-        bus.stop()
 
 
 @pytest.fixture

@@ -11,6 +11,8 @@ sys.path.insert(0, str(HERE))
 
 from workbench_process import Workbench  # noqa: E402 (the path comes first)
 from terminal_process import TerminalWorkbench  # noqa: E402
+from web_process import WebWorkbench  # noqa: E402
+from client import ClientProcess  # noqa: E402
 
 PHOTO = HERE.parent.parent / "workbench" / "samples" / "one-photo" / "chelsea.jpg"
 
@@ -57,3 +59,34 @@ def terminal():
     yield begin
     for run in runs:
         run.close()
+
+
+@pytest.fixture
+def web():
+    """Starts the workbench with its page; with nothing plugged in unless told otherwise."""
+    runs = []
+
+    def begin(*arguments):
+        run = WebWorkbench(*(arguments or ("--bare",)))
+        runs.append(run)
+        return run
+
+    yield begin
+    for run in runs:
+        run.close()
+
+
+@pytest.fixture
+def page(web):
+    """A page of a fresh workbench, with its time stopped: nothing happens but what is ordered."""
+    page = web().page()
+    page.order("clock", mode="stopped")
+    return page
+
+
+@pytest.fixture
+def bus_client(page):
+    """A client of the bus that knows nothing of the page."""
+    process = ClientProcess(page.hello["bus"])
+    yield process.clients[0]
+    process.kill()

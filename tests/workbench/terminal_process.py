@@ -12,7 +12,7 @@ import termios
 import threading
 
 from small_screen import SmallScreen
-from workbench_process import TIME_LIMIT, environment, program, temporary_folder, until
+from workbench_process import TIME_LIMIT, environment, temporary_folder, terminal_form, until
 
 UNFINISHED = re.compile(r"\x1b(\[[0-9;]*)?$")
 
@@ -31,7 +31,7 @@ class TerminalWorkbench:
         self.settings_before = self.settings()
         more = {"NO_COLOR": "", **(env or {})}
         self.process = subprocess.Popen(
-            [program(), *map(str, arguments)],
+            terminal_form(*arguments),
             stdin=self._slave,
             stdout=self._slave,
             stderr=self._slave,

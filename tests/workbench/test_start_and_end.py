@@ -14,10 +14,10 @@ from workbench_process import (
     call,
     environment,
     launch,
-    program,
     script,
     signals,
     temporary_folder,
+    terminal_form,
     until,
 )
 
@@ -98,7 +98,7 @@ def test_a_call_that_ends_the_daemon_leaves_no_files_behind(stick, start):
 
 def test_a_reader_that_leaves_switches_the_tv_off(stick):
     with temporary_folder() as temporary:
-        arguments = [program(), str(stick())]
+        arguments = terminal_form(stick())
         pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
         with subprocess.Popen(arguments, env=environment(temporary), **pipes) as process:
             assert process.stdout.readline()

@@ -25,6 +25,11 @@ def program():
     return str(pathlib.Path(os.environ["PORTMELD_BUILD_DIR"]) / "workbench" / "portmeld-workbench")
 
 
+def terminal_form(*arguments):
+    """The command line of the form for a terminal."""
+    return [program(), "--terminal", *map(str, arguments)]
+
+
 def environment(temporary, **more):
     """The environment of a run whose temporary files go to a folder of its own."""
     return {**os.environ, "TMPDIR": str(temporary), "TERM": "xterm", **more}
@@ -120,7 +125,7 @@ class Workbench:
         self._folders = contextlib.ExitStack()
         self.temporary = self._folders.enter_context(temporary_folder())
         self.process = subprocess.Popen(
-            [program(), *map(str, arguments)],
+            terminal_form(*arguments),
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
             stderr=subprocess.PIPE,
@@ -197,7 +202,7 @@ def script(keys, *arguments, **more):
     """A whole run with these keys: (exit status, what it showed, its complaints)."""
     with temporary_folder() as temporary:
         done = subprocess.run(
-            [program(), *map(str, arguments)],
+            terminal_form(*arguments),
             input=keys.encode(),
             capture_output=True,
             env=environment(temporary, **more),

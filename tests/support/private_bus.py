@@ -1,5 +1,7 @@
 """A message bus for one test: a dbus-daemon of its own, started and ended by process id."""
 
+import contextlib
+import signal
 import subprocess
 
 CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -38,6 +40,20 @@ class PrivateBus:
             text=True,
         )
         assert self._process.stdout.readline(), "dbus-daemon did not start"
+
+    @contextlib.contextmanager
+    def hanging(self):
+        """The bus does nothing meanwhile."""
+        self._process.send_signal(signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            self._process.send_signal(signal.SIGCONT)
+
+    def kill(self):
+        """Ends the bus at once, whatever it does."""
+        self._process.kill()
+        self._process.wait(60)
 
     def stop(self):
         """Ends the bus; its connections break."""

@@ -217,10 +217,10 @@ class Client:
 
 
 class ClientProcess(child.Child):
-    """A process with some clients."""
+    """A process with some clients; `program` is what starts it, when not the script as it lies here."""
 
-    def __init__(self, address, count=1):
-        super().__init__(["/usr/bin/python3", str(SCRIPT), address, str(count)])
+    def __init__(self, address, count=1, program=("/usr/bin/python3", str(SCRIPT))):
+        super().__init__([*program, address, str(count)])
         names = self.take(lambda answer: isinstance(answer, list))
         self.clients = [Client(self, number, name) for number, name in enumerate(names)]
 

@@ -5,11 +5,13 @@ waits is woken. Every wait has a time limit, wide enough for a sanitizer build o
 """
 
 import json
+import os
 import subprocess
 import threading
 import time
 
-LIMIT = 60  # seconds
+# Seconds; shorter for whoever wants to see soon what a test waits for in vain.
+LIMIT = float(os.environ.get("PORTMELD_TEST_LIMIT", "60"))
 
 
 class ChildEnded(Exception):
@@ -48,7 +50,7 @@ class Child:
         except BrokenPipeError:
             raise ChildEnded(f"could not take '{line[:100]}'") from None
 
-    def take(self, wanted=lambda answer: True):
+    def take(self, wanted=lambda answer: True, limit=LIMIT):
         """Takes the first answer for which `wanted` is true, leaving the others; waits for it."""
         taken = []
 
@@ -59,8 +61,12 @@ class Child:
                     return True
             return False
 
-        self._wait(found, "an answer")
+        self._wait(found, "an answer", limit)
         return taken[0]
+
+    def take_within(self, seconds):
+        """Takes the next answer; a TimeoutError when none comes in time. For what must not come."""
+        return self.take(limit=seconds)
 
     def wait_for_error_line(self, text):
         """Waits until a line with this text was printed on standard error."""
@@ -93,14 +99,14 @@ class Child:
             except BrokenPipeError:
                 pass
 
-    def _wait(self, condition, what):
-        end = time.monotonic() + LIMIT
+    def _wait(self, condition, what, limit=LIMIT):
+        end = time.monotonic() + limit
         with self._changed:
             while not condition():
                 if not self._open:
                     raise ChildEnded("\n".join([f"ended without {what}", *self._errors[-50:]]))
                 if not self._changed.wait(end - time.monotonic()):
-                    raise TimeoutError(f"waited {LIMIT} s in vain for {what}")
+                    raise TimeoutError(f"waited {limit} s in vain for {what}")
 
     def _read(self, stream, lines):
         for line in stream:

@@ -5,6 +5,7 @@ import os
 import shutil
 import subprocess
 import sys
+import time
 
 import child
 import client
@@ -90,9 +91,11 @@ class Desktop:
         return f":{number}"
 
     def _start_server(self):
-        """Starts dunst, whose menu takes the line that holds the text in the file "choice"."""
+        """Starts dunst, whose menu takes the line that holds the text in the file "choice", once."""
         menu = self._folder / "menu"
-        menu.write_text(f'#!/bin/sh\nexec grep -F -m 1 "$(cat {self._folder}/choice)"\n')
+        menu.write_text(
+            f'#!/bin/sh\ncd {self._folder} && grep -F -m 1 "$(cat choice)" && mv choice chosen\n'
+        )
         menu.chmod(0o755)
         configuration = self._folder / "dunstrc"
         configuration.write_text(CONFIGURATION.format(menu=menu))
@@ -117,10 +120,25 @@ class Desktop:
         self._run("xdotool", "mousemove", "--window", window.split()[0], "20", "20")
         self._run("xdotool", "click", str(button))
 
-    def choose(self, label):
-        """Opens the menu of the pop-up's buttons and takes the one with this label."""
-        (self._folder / "choice").write_text(label)
-        self.click(1)
+    def choose(self, label, title):
+        """Opens the menu of the buttons and takes the one with this label of the pop-up with this title.
+
+        A click may hit a pop-up that is just being replaced by that one; then it is repeated.
+        """
+        choice = self._folder / "choice"
+        choice.write_text(f"#{label} ({title})")
+        end = time.monotonic() + child.LIMIT
+        while choice.exists():
+            assert time.monotonic() < end, f"no menu has offered {label} of {title}"
+            self.click(1)
+            self._wait(lambda: not choice.exists(), 2)
+
+    @staticmethod
+    def _wait(condition, seconds):
+        """Waits for what another program does to a file, at most so long."""
+        end = time.monotonic() + seconds
+        while not condition() and time.monotonic() < end:
+            time.sleep(0.02)
 
     def displayed(self):
         """How many pop-ups are on the screen."""
@@ -159,7 +177,7 @@ def monitor(desktop):
 @pytest.mark.parametrize(("label", "button"), [("Browse", 0), ("Cancel", 1)])
 def test_a_button_that_is_chosen_with_the_mouse_is_told(stage, desktop, monitor, label, button):
     assert stage.show(title="Stick & <b>Co</b>") == 0
-    desktop.choose(label)
+    desktop.choose(label, "Stick & <b>Co</b>")
     assert stage.probe.event("button") == {"event": "button", "type": 1, "button": button}
     monitor.next("NotificationClosed")
     assert stage.news() == []
@@ -189,7 +207,7 @@ def test_of_many_pop_ups_one_is_on_the_screen_and_its_button_counts(stage, deskt
         assert stage.show(title=f"Stick {number}") == 0
     stage.probe.event("hidden")
     stage.pass_bus()
-    desktop.choose("Browse")
+    desktop.choose("Browse", "Stick 4")
     assert stage.probe.event("button")["button"] == 0
     assert stage.news() == []
 

@@ -84,8 +84,9 @@ def test_it_shows_pop_ups_to_a_user_who_logs_in_later(machine, service, start):
     options = f"mode=700,uid={kiosk},gid={kiosk}"
     machine.succeed("root", "mount", "-t", "tmpfs", "-o", options, "tmpfs", SESSION)
     bus = f"unix:path={SESSION}/bus"
-    start("kiosk", "dbus-daemon", "--session", "--nofork", f"--address={bus}")
-    machine.succeed("kiosk", "gdbus", "wait", "--address", bus, "org.freedesktop.DBus")
+    # It prints where it listens as soon as it does.
+    options = ("--session", "--nofork", "--print-address=2", f"--address={bus}")
+    start("kiosk", "dbus-daemon", *options).wait_for_error_line(bus)
     screen = start("kiosk", "/usr/bin/python3", machine.place(SCREEN), bus, json.dumps({"capabilities": []}))
     screen.take(lambda line: line.get("call") == "GetCapabilities")
     machine.succeed("viewer", "tee", "/run/portmeld/memory/portmeld/removed_dlna_device", text="Server")

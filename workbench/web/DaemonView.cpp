@@ -89,6 +89,7 @@ Json DaemonView::daemon() const {
          {"displayedDevice", keyOf(state.pDisplayedDevice)},
          {"currentDevice", keyOf(state.pCurrentDevice)},
          {"removalNotice", state.bRemovalNotice ? Json(state.strRemovalNotice) : Json()},
+         {"scanning", tv_.scanner().running() > 0},
          {"scan", scanOf(state)},
          {"breaches", breaches}});
 }

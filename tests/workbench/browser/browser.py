@@ -19,6 +19,26 @@ PROJECT = HERE.parents[2]
 BUILD = PROJECT / "build" / "browser"
 
 
+# Keeps what a page sends, and its connections: window.orders holds [name, values] of each order.
+WATCH = """
+window.sockets = [];
+window.orders = [];
+window.WebSocket = class extends WebSocket {
+  constructor(...given) {
+    super(...given);
+    window.sockets.push(this);
+  }
+  send(text) {
+    const order = JSON.parse(text);
+    if (order.do !== "ack") {
+      window.orders.push([order.do, order.with]);
+    }
+    super.send(text);
+  }
+};
+"""
+
+
 class BrowserError(Exception):
     """The browser could not do what was asked, or what was awaited did not come."""
 
@@ -73,7 +93,8 @@ class Browser(child.Child):
         return answer["result"]
 
     def open(self, address, **options):
-        """Opens a page with cookies and storage of its own; the options are Playwright's."""
+        """Opens a page with cookies and storage of its own, or with those of the page `beside`;
+        `script` is evaluated before its own. Other options are Playwright's."""
         return Page(self, f"page {next(self._numbers)}", address, options)
 
 
@@ -82,14 +103,14 @@ class Page:
 
     def __init__(self, browser, name, address, options):
         self._browser = browser
-        self._name = name
+        self.name = name
         answer = self.do("open", address, options)
         self.status = answer["status"]
         self.answer = answer["text"]
 
     def do(self, action, *arguments, selector=None, text=None):
         """Any method of the page, or of what a selector finds."""
-        return self._browser.order(self._name, action, *arguments, selector=selector, text=text)
+        return self._browser.order(self.name, action, *arguments, selector=selector, text=text)
 
     def click(self, selector):
         """Clicks; waits until that is possible."""

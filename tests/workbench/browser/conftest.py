@@ -9,7 +9,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent), str(HERE.parent.parent / "support")]
 
 import client  # noqa: E402 (the path comes first)
-from browser import Browser  # noqa: E402
+from browser import WATCH, Browser  # noqa: E402
 
 
 @pytest.fixture(scope="session")
@@ -52,6 +52,12 @@ def open_page(browser, television):
 def page(open_page):
     """A page of the television."""
     return open_page()
+
+
+@pytest.fixture
+def watched(open_page):
+    """A page that keeps what it sends: see WATCH."""
+    return open_page(script=WATCH)
 
 
 @pytest.fixture

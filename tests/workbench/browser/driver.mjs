@@ -22,11 +22,19 @@ const browser = await chromium.launch({
 const pages = new Map();
 
 const own = {
-  /** Opens a page; answers with the status and the text of what the server sent. */
-  async open({ page: name, args: [address, options] }) {
-    const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, ...options });
+  /**
+   * Opens a page; answers with the status and the text of what the server sent. It shares cookies and
+   * storage with the page `beside`, and evaluates `script` before its own.
+   */
+  async open({ page: name, args: [address, { beside, script, ...options }] }) {
+    const context = beside
+      ? pages.get(beside).context
+      : await browser.newContext({ viewport: { width: 1280, height: 800 }, ...options });
     context.setDefaultTimeout(LIMIT);
     const page = await context.newPage();
+    if (script) {
+      await page.addInitScript(script);
+    }
     const complaints = [];
     page.on("console", (said) => {
       if (said.type() === "error") {
@@ -62,8 +70,12 @@ const own = {
     }
   },
   async close({ page }) {
-    await pages.get(page).context.close();
+    const { context } = pages.get(page);
+    await pages.get(page).page.close();
     pages.delete(page);
+    if (context.pages().length === 0) {
+      await context.close();
+    }
   },
 };
 

@@ -1,6 +1,11 @@
 """Several pages, pages that come late, pages that may not come in, and the end of the program."""
 
+import http.server
+import threading
+
 import pytest
+
+from browser import WATCH
 
 
 def origin(television):
@@ -52,6 +57,91 @@ def test_a_late_page_is_told_log_wire_and_devices_of_before(page, open_page):
     late.see(".wire-row .row-member >> nth=0", text="Connect")
     late.click("role=tab[name='Log']")
     late.until("Number(document.querySelector('#panel-log .stream-count').innerText) > 20")
+
+
+def test_the_token_stays_neither_in_the_address_nor_in_the_history(page, television):
+    assert page.run("location.href") == origin(television) + "/"
+    assert page.run("navigation.entries().filter(({ url }) => url.includes('token')).length") == 0
+    page.do("reload")
+    page.see(".status[data-status=open]")
+    page.see("[data-sample=one-photo]")
+    assert page.run("document.cookie + JSON.stringify({ ...sessionStorage, ...localStorage })").count(
+        television.token
+    ) == 0
+
+
+def test_a_page_of_another_server_gets_neither_in_nor_the_cookie_by_script(browser, page, television):
+    # Cookies know no ports: this one's requests carry the cookie, and only the gate keeps it out.
+    class Elsewhere(http.server.BaseHTTPRequestHandler):
+        def do_GET(self):
+            self.send_response(200)
+            self.end_headers()
+
+        def log_message(self, *_):
+            pass
+
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Elsewhere)
+    threading.Thread(target=server.serve_forever).start()
+    try:
+        address = f"http://127.0.0.1:{server.server_port}/"
+        stranger = browser.open(address, beside=page.name)
+        outcome = stranger.run(
+            f"""new Promise((resolve) => {{
+                  const socket = new WebSocket("ws://127.0.0.1:{television.port}/ws");
+                  socket.onopen = () => resolve("open");
+                  socket.onerror = () => resolve("refused");
+                }})"""
+        )
+        assert outcome == "refused"
+        assert stranger.run("document.cookie") == ""
+        read = f'fetch("{origin(television)}/").then((r) => r.text(), () => "refused")'
+        assert stranger.run(read) == "refused"
+        stranger.close()
+    finally:
+        server.shutdown()
+        server.server_close()
+
+
+def count_changes(page):
+    """Has the page count what changes in its veil and in the words of its status."""
+    page.run(
+        """(() => {
+          window.changes = [];
+          const observer = new MutationObserver((all) => all.forEach((one) => window.changes.push(
+            one.type === "attributes" ? `veil ${one.target.hidden}` : one.target.className || one.target.id)));
+          const veil = document.querySelector("#veil");
+          observer.observe(veil, { attributes: true, childList: true });
+          observer.observe(document.querySelector(".status"), { childList: true, characterData: true, subtree: true });
+        })()"""
+    )
+
+
+def test_a_line_that_is_back_at_once_is_no_news(watched):
+    page = watched
+    count_changes(page)
+    for tries in (2, 3):
+        page.run("window.sockets.at(-1).close()")
+        page.until(f"window.sockets.length === {tries} && window.sockets.at(-1).readyState === 1")
+    page.click("[data-sample=one-photo]")
+    page.see(".popup-button.chosen", text="Play")
+    assert page.run("window.changes") == []
+    assert page.see(".status[data-status=open]") == "Connected"
+
+
+def test_a_line_that_stays_away_is_told_once_however_often_it_is_tried(browser, television):
+    # Opened without the check for complaints: the browser complains of each try.
+    page = browser.open(television.address.geturl(), script=WATCH)
+    page.see(".status[data-status=open]")
+    count_changes(page)
+    page.run(
+        "window.WebSocket = class extends WebSocket { constructor() { super(`ws://${location.host}/none`); } }"
+    )
+    page.run("window.sockets.at(-1).close()")
+    page.see("#veil [role=alert]", text="does not answer")
+    tried = page.run("window.sockets.length")
+    page.until(f"window.sockets.length >= {tried + 2}")
+    assert page.run("window.changes") == ["status", "veil false", "veil"]
+    page.close()
 
 
 @pytest.mark.parametrize("query", ["", "?token=", "?token=wrong"])

@@ -70,6 +70,15 @@ def test_keys_that_are_typed_into_a_field_do_nothing_else(page):
     page.gone(".tv-dark")
 
 
+def test_a_switch_is_no_field_so_the_keys_work_from_it(page):
+    page.click("role=tab[name='Settings']")
+    page.do("focus", selector=".switch:has-text('Shop mode') input")
+    page.press("4")
+    page.see(".popup-button.chosen", text="Browse")
+    page.press("Enter")
+    page.see(".launched-name", text="Content browser")
+
+
 def test_tabs_are_walked_by_arrows_home_and_end(page):
     page.do("focus", selector="role=tab[name='State']")
     page.press("ArrowRight", "ArrowRight")

@@ -1,5 +1,8 @@
 """Plugging, mounting and pulling from the page; what the daemon lists is asked on the bus."""
 
+import json
+import urllib.parse
+
 
 def products(bus_client):
     """The products that the daemon lists, newest first, as another client hears."""
@@ -46,6 +49,57 @@ def test_a_dropped_folder_fills_the_path_in(page, stick):
     )
     page.see(".plug-form .folders")
     assert page.run("document.activeElement.value") == str(folder)
+
+
+def drop(page, address):
+    """Drops an address on the ports; returns the path that is then filled in."""
+    page.run(
+        f"""(() => {{
+          const data = new DataTransfer();
+          data.setData("text/uri-list", {json.dumps(address)});
+          document.querySelector("#ports").dispatchEvent(
+            new DragEvent("drop", {{ dataTransfer: data, bubbles: true, cancelable: true }}));
+        }})()"""
+    )
+    page.see(".plug-form .folders")
+    return page.run("document.activeElement.value")
+
+
+def test_a_dropped_address_keeps_what_is_no_escape(page, stick):
+    assert drop(page, "file:///tmp/100%") == "/tmp/100%"
+    assert drop(page, "file:///tmp/50%25 off%20%zz/%C3%A9%ff#1?") == "/tmp/50% off %zz/%C3%A9%ff#1?"
+    folder = stick("50 % é#1")
+    assert drop(page, "file://" + urllib.parse.quote(str(folder))) == str(folder)
+    page.click("role=button[name='Plug in']")
+    page.see(".port", text=folder.name)
+
+
+def test_the_folder_of_a_port_is_written_out_when_pointed_at(page, stick):
+    page.click(".segments [data-value=folder]")
+    page.fill(".plug-form input[required]:visible", str(stick("a‮b")))
+    page.click("role=button[name='Plug in']")
+    page.see(".port")
+    assert page.do("getAttribute", "title", selector=".port small").endswith("/a⟨202E⟩b")
+
+
+def test_a_hub_of_no_number_of_sticks_is_told_and_not_plugged(watched):
+    page = watched
+    page.click(".segments [data-value=hub]")
+    for text in ("0", "33", "1e1", "2.5", ""):
+        page.fill("role=spinbutton[name='A hub with this many sticks']", text)
+        page.gone(".plug-form .notice:not(:empty)")
+        page.click("role=button[name='Plug the hub in']")
+        page.see(".plug-form .notice", text="Sticks: a whole number from 1 to 32")
+    assert "hub" not in page.run("window.orders.map(([name]) => name)")
+
+
+def test_who_points_at_a_sample_presses_ok_on_the_screen_next(page):
+    page.click("[data-sample=one-photo]")
+    page.see(".popup-button.chosen", text="Play")
+    assert page.focused() == "Screen of the television"
+    page.press("Enter")
+    page.see(".launched-name", text="Photo player")
+    assert page.count(".port") == 1
 
 
 def test_a_folder_that_is_not_there_is_refused_with_a_reason(page):
@@ -111,7 +165,7 @@ def test_a_pulled_stick_is_gone_for_the_daemon(page, bus_client):
 
 
 def test_a_stick_can_be_pulled_before_its_scan_has_told_anything(page, bus_client):
-    assert pull_and_count_results(page, "Pull port 1 in the middle of its content scan") > 0
+    assert pull_and_count_results(page, "Pull port 1 while it is read") > 0
     assert products(bus_client) == []
 
 

@@ -14,6 +14,8 @@ def test_one_photo_is_offered_and_played(page, bus_client):
     assert page.see(".popup .popup-title") == "New device connected: Photo Stick"
     assert "chelsea.jpg" in page.see(".popup .popup-body", text="Would you like to play it?")
     assert page.see(".popup-button.chosen") == "Play"
+    pictures = "[...document.querySelectorAll('.popup-button img')].map((one) => one.naturalWidth > 0)"
+    page.until(f"String({pictures}) === 'true,true'")
     page.click(".popup-button:has-text('Play')")
     assert page.see(".launched-name") == "Photo player"
     assert page.see(".track.current .track-name") == "chelsea.jpg"

@@ -1,5 +1,7 @@
 """Scenarios on the page: recorded, saved, loaded ready-made, replayed with their verdict."""
 
+import json
+
 import pytest
 
 from browser import source_folder
@@ -41,15 +43,98 @@ def test_what_is_done_is_recorded_and_saved_as_a_text_file(scenarios):
     assert any(line.startswith("expect launch org.norvane.picreel") for line in lines)
 
 
-@pytest.mark.parametrize("name", ["stick-with-one-film", "removal"])
-def test_a_ready_made_scenario_holds_when_it_is_replayed(scenarios, name):
+def use_up(page):
+    """Leaves a television behind as somebody who has tried everything does."""
+    page.click("role=tab[name='Settings']")
+    page.click(".switch:has-text('Shop mode')")
+    page.click(".switch:has-text('Distraction-free, bit 7')")
+    page.click(".switch:has-text('Launching fails')")
+    page.click(".switch:has-text('Companion application runs')")
+    page.click(".switch:has-text('Notification server refuses')")
+    page.choose("role=combobox[name='Language of the menu']", "de")
+    page.click("[data-sample=mixed]")
+    page.click("[data-sample=one-photo]")
+    page.until("document.querySelectorAll('.port').length === 2")
+    page.press("p")
+    page.see(".tv-dark")
+    page.click("role=tab[name='Scenarios']")
+
+
+def test_every_ready_made_scenario_holds_on_a_used_television(scenarios):
     page = scenarios
-    page.click("role=button[name='30×']")
-    page.choose("role=combobox[name='Ready-made scenario']", name)
+    use_up(page)
+    shipped = {file.stem for file in (source_folder() / "workbench" / "scenarios").glob("*.scenario")}
+    select = "role=combobox[name='Ready-made scenario']"
+    offered = page.run(
+        "[...document.querySelectorAll('.scenario-bar select option')].map((o) => o.value).filter(Boolean)"
+    )
+    assert len(shipped) == 6 and set(offered) == shipped
+    for name in offered:
+        page.choose(select, name)
+        lines = page.do("inputValue", selector=TEXT).splitlines()
+        assert lines[0] == "portmeld-scenario 1"
+        page.click("role=button[name='Replay']")
+        last = max(number for number, line in enumerate(lines, 1) if line and not line.startswith("#"))
+        page.see(f".replay [data-line='{last}']:has-text({json.dumps(lines[last - 1])})")
+        page.see(".verdict .good, .verdict .bad")
+        assert page.see(".verdict") == "Everything held.", (name, page.see(".replay"))
+        steps = [line for line in lines[1:] if line and not line.startswith("#")]
+        assert page.count(".replay .ok") == len(steps)
+    page.see("[data-value=real][aria-pressed=true]")
+
+
+def test_tidying_up_leaves_a_fresh_television_alone(scenarios):
+    orders = "import('/afresh.js').then(({{ ordersAfresh }}) => ordersAfresh({}))"
+    fresh = """{ power: "on", context: { distraction: 0, companionRunning: false, faults: {} }, ports: [],
+      settings: { shopMode: false, demoMode: 0, language: "en" }, launched: null, popup: null,
+      daemon: { activated: true } }"""
+    assert scenarios.run(orders.format(fresh)) == []
+    started = scenarios.run("import('/afresh.js').then(({ FIRST_SETTINGS }) => FIRST_SETTINGS)")
+    scenarios.click("role=tab[name='Settings']")
+    shown = "document.querySelector('#panel-settings {}').{}"
+    assert scenarios.run(shown.format("select", "value")) == started["language"]
+    assert scenarios.run(shown.format(".switch:nth-of-type(2) input", "checked")) is started["shopMode"]
+
+
+def test_what_needs_a_television_just_started_is_told_with_the_failure(scenarios):
+    page = scenarios
+    page.click("[data-sample=one-photo]")
+    page.see(".port")
+    verdict = replay(page, "portmeld-scenario 1\nplugSample mixed\nexpect device /dev/sda1\n")
+    assert verdict == "Something did not hold."
+    assert "--headless starts one" in page.see(".replay .none")
+
+
+def test_a_replay_can_be_watched_at_the_clocks_pace_and_stopped(scenarios):
+    page = scenarios
+    page.do("uncheck", selector="role=checkbox[name='no waiting']")
+    page.fill(TEXT, "portmeld-scenario 1\nplugSample one-film\nexpect popup play\nafter 3000\npress 0\n")
     page.click("role=button[name='Replay']")
-    page.until("document.querySelector('.verdict span') !== null")
-    assert page.see(".verdict") == "Everything held."
-    assert page.count(".replay .ok") > 2 and page.count(".replay .bad") == 0
+    page.see(".replay .ok", text="expect popup play")
+    page.click(".scenario-bar:has(select) >> role=button[name='Stop']")
+    page.see(".scenario-bar >> role=button[name='Replay']")
+    assert page.see(".popup-button.chosen") == "Play"
+    page.click("role=button[name='Next timer']")
+    page.gone(".popup")
+    assert page.count(".launched") == 0
+    assert page.count(".replay [data-line='5']") == 0
+    page.see("[data-value=real][aria-pressed=true]")
+
+
+def test_a_scenario_file_is_loaded_and_replayed(scenarios, tmp_path):
+    page = scenarios
+    text = "portmeld-scenario 1\nplugSample mixed\nexpect popup browse title ~ Holiday\n"
+    file = tmp_path / "a bug – 100 %.scenario"
+    file.write_text(text)
+    page.do("setInputFiles", str(file), selector="input[type=file]")
+    page.until(f"document.querySelector('.scenarios textarea').value === {json.dumps(text)}")
+    page.click("role=button[name='Replay']")
+    page.see(".verdict .good")
+    page.see(".popup-title", text="Holiday")
+    # The same file, changed, is read again.
+    file.write_text(text + "hide\n")
+    page.do("setInputFiles", str(file), selector="input[type=file]")
+    page.until("document.querySelector('.scenarios textarea').value.endsWith('hide\\n')")
 
 
 def test_an_expectation_that_does_not_hold_is_marked_with_its_reason(scenarios):
@@ -63,15 +148,3 @@ def test_an_expectation_that_does_not_hold_is_marked_with_its_reason(scenarios):
 
 def test_a_text_that_cannot_be_read_names_its_line(scenarios):
     assert "line 3" in replay(scenarios, "portmeld-scenario 1\nplugSample mixed\nfrobnicate\n")
-
-
-def test_every_ready_made_scenario_can_be_chosen(scenarios):
-    shipped = {file.stem for file in (source_folder() / "workbench" / "scenarios").glob("*.scenario")}
-    select = "role=combobox[name='Ready-made scenario']"
-    offered = scenarios.run(
-        "[...document.querySelectorAll('.scenario-bar select option')].map((o) => o.value).filter(Boolean)"
-    )
-    assert shipped and set(offered) == shipped
-    for name in offered:
-        scenarios.choose(select, name)
-        assert scenarios.do("inputValue", selector=TEXT).startswith("portmeld-scenario 1")

@@ -103,6 +103,62 @@ def test_the_gdbus_line_does_the_same_from_a_terminal(page):
     assert (done.returncode, done.stdout.strip()) == (0, "(1,)"), done.stderr
 
 
+WRONG_NUMBERS = {
+    "fs_type": ["1e3", "1.5", "", "2147483648", "-2147483649"],
+    "as client": ["1000", "-1", "1e1", ""],
+}
+
+
+def test_a_number_that_is_none_for_the_bus_is_told_and_not_sent(watched):
+    page = watched
+    choose_method(page, "GetDeviceCount")
+    page.until("document.querySelector('.gdbus').innerText.includes('GetDeviceCount')")
+    page.run("window.orders = []")
+    for field, texts in WRONG_NUMBERS.items():
+        wrong = f".call-arguments label:has(.field-name:text-is('{field}')) input"
+        for text in texts:
+            page.fill(wrong, text)
+            page.click("role=button[name='Call']")
+            notice = page.see(".call-form .notice", text=f"{field}: a whole number from")
+            focused = "document.activeElement.getAttribute('{}')"
+            assert page.run(focused.format("aria-invalid")) == "true", text
+            told = page.run(f"document.getElementById({focused.format('aria-describedby')}).innerText")
+            assert told == notice and page.see(".gdbus") == notice
+            assert page.run("window.orders") == [], text
+        page.fill(wrong, "3")
+        assert page.count("[aria-invalid=true]") == 0
+        page.run("window.orders = []")
+    page.click("role=button[name='Call']")
+    page.see(".call-result", text="0")
+    [(_, called)] = page.run("window.orders.filter(([name]) => name === 'call')")
+    assert called == {"client": 3, "member": "GetDeviceCount", "arguments": [3, 3]}
+
+
+def test_the_ends_of_the_range_are_sent(watched):
+    for number in (2**31 - 1, -(2**31)):
+        assert call(watched, "GetDeviceCount", 5, fs_type=number) == "0"
+    called = watched.run("window.orders.filter(([name]) => name === 'call').map(([, values]) => values.arguments)")
+    assert called == [[5, 2**31 - 1], [5, -(2**31)]]
+
+
+def test_the_gdbus_line_is_copied(open_page):
+    page = open_page(permissions=["clipboard-read", "clipboard-write"])
+    choose_method(page, "GetDeviceCount")
+    page.until("document.querySelector('.gdbus').innerText.includes('GetDeviceCount')")
+    page.click("role=button[name='Copy the gdbus line']")
+    page.see(".call-result", text="Copied.")
+    assert page.run("navigator.clipboard.readText()") == page.see(".gdbus")
+
+
+def test_a_line_that_may_not_be_copied_is_selected(page):
+    choose_method(page, "GetDeviceCount")
+    page.until("document.querySelector('.gdbus').innerText.includes('GetDeviceCount')")
+    page.run("navigator.clipboard.writeText = () => Promise.reject(new Error('no'))")
+    page.click("role=button[name='Copy the gdbus line']")
+    page.see(".call-result", text="Ctrl+C")
+    assert page.run("getSelection().toString()") == page.see(".gdbus")
+
+
 def test_every_call_reply_and_signal_of_another_client_is_shown(page, bus_client):
     page.click("[data-sample=mixed]")
     page.see(".popup")

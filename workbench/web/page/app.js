@@ -2,6 +2,7 @@
 
 import { CallView } from "/call-view.js";
 import { ClockView } from "/clock-view.js";
+import { Connection } from "/connection.js";
 import { fill, h, plain, setText } from "/dom.js";
 import { iconButton } from "/fields.js";
 import { helpDialog } from "/help.js";
@@ -22,11 +23,12 @@ import { wireView } from "/wire.js";
 
 const at = (id) => document.getElementById(id);
 
-const STATUS_TEXTS = { connecting: "Connecting", open: "Connected", lost: "Not connected" };
+// The token of the address has become a cookie: it need not stand in the address bar and the history,
+// where others may read it. A reload comes with the cookie.
+history.replaceState(null, "", location.pathname + location.hash);
 
 const message = h("p", { class: "message", role: "status" });
 const bus = h("code", { class: "bus" });
-const status = h("span", { class: "status", role: "status" });
 
 /** Says what went wrong, in the line at the foot. */
 function fail(error) {
@@ -48,19 +50,10 @@ function step() {
   link.ask("step").then(tell, fail);
 }
 
-function showStatus(name) {
-  status.dataset.status = name;
-  setText(status, STATUS_TEXTS[name]);
-  const isLost = name === "lost";
-  at("veil").hidden = !isLost;
-  if (isLost) {
-    fill(at("veil"), h("p", { role: "alert" }, "The workbench does not answer. If it was ended, start it again and open the address that it prints."));
-  }
-}
-
 const store = new Store();
 const time = new TvTime(store);
-const link = new Link((received) => store.receive(received), showStatus);
+const connection = new Connection(at("veil"));
+const link = new Link((received) => store.receive(received), (status) => connection.is(status));
 const help = helpDialog();
 document.body.append(help);
 
@@ -68,7 +61,7 @@ const clock = new ClockView(store, time, act, step);
 fill(
   at("bar"),
   h("h1", { class: "brand" }, icon("usb"), h("span", {}, "portmeld"), h("small", {}, "workbench")),
-  status,
+  connection.node,
   clock.bar,
   h("div", { class: "bar-end" }, themeButton(), iconButton("app", "Keys", () => help.showModal(), { class: "icon-button keys" })),
 );
@@ -102,7 +95,7 @@ const streams = new Tabs(at("dock-then"), "What happened", [
 store.onHello((hello) => setText(bus, hello.bus));
 
 document.addEventListener("keydown", (event) => {
-  if (event.ctrlKey || event.altKey || event.metaKey || event.target.matches("input, textarea, select, dialog, dialog *")) {
+  if (event.ctrlKey || event.altKey || event.metaKey || event.target.matches("input:not([type=checkbox]), textarea, select, dialog, dialog *")) {
     return;
   }
   const samples = store.hello?.samples ?? [];

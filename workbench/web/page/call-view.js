@@ -2,15 +2,17 @@
 // same from a terminal.
 
 import { fill, h, plain } from "/dom.js";
-import { field, iconButton, wholeNumber } from "/fields.js";
+import { field, iconButton, onSend, wholeNumber } from "/fields.js";
 import { parsed, tree } from "/json-view.js";
 import { METHODS } from "/methods.js";
+
+const MOST_CLIENTS = 999;
 
 export class CallView {
   /** `ask` makes a request and returns a promise. */
   constructor(store, ask) {
     this.ask_ = ask;
-    this.client_ = h("input", { type: "number", value: "1", min: "0", required: true, oninput: () => this.onClient_() });
+    this.client_ = h("input", { type: "number", value: "1", min: "0", max: String(MOST_CLIENTS), oninput: () => this.onClient_() });
     this.choice_ = h(
       "select",
       { size: "12", "aria-label": "Method", class: "methods", onchange: () => this.choose_() },
@@ -31,10 +33,7 @@ export class CallView {
       this.result_,
       h("div", { class: "gdbus-box" }, this.line_, this.copy_),
     );
-    form.addEventListener("submit", (event) => {
-      event.preventDefault();
-      this.call_();
-    });
+    this.result_.before(onSend(form, () => this.call_(this.request_())));
     this.node = h("div", { class: "call-panel" }, this.choice_, form);
     this.choose_();
     // The line holds the address of the bus, which comes with the greeting.
@@ -58,7 +57,6 @@ export class CallView {
       input.checked = argument.start;
     } else {
       input.value = argument.start ?? this.client_.value;
-      input.required = argument.type === "i";
     }
     return input;
   }
@@ -72,28 +70,30 @@ export class CallView {
     this.showLine_();
   }
 
+  /** What the form asks for; throws WrongField. */
   request_() {
     return {
-      client: wholeNumber(this.client_.value) ?? 0,
+      client: wholeNumber(this.client_, "as client", 0, MOST_CLIENTS),
       member: this.method_.member,
       arguments: this.method_.takes.map((argument, index) => {
         const input = this.inputs_[index];
-        return { i: () => wholeNumber(input.value) ?? 0, b: () => input.checked, s: () => input.value }[argument.type]();
+        return { i: () => wholeNumber(input, argument.name), b: () => input.checked, s: () => input.value }[argument.type]();
       }),
     };
   }
 
   async showLine_() {
-    const request = this.request_();
-    this.latest_ = request;
+    const turn = {};
+    this.latest_ = turn;
+    let text;
     try {
-      const { line } = await this.ask_("gdbus", request);
-      // A later change may have been answered before.
-      if (this.latest_ === request) {
-        this.line_.textContent = line;
-      }
+      text = (await this.ask_("gdbus", this.request_())).line;
     } catch (error) {
-      this.line_.textContent = error.message;
+      text = error.message;
+    }
+    // A later change may have been answered before.
+    if (this.latest_ === turn) {
+      this.line_.textContent = text;
     }
   }
 
@@ -108,11 +108,11 @@ export class CallView {
     }
   }
 
-  async call_() {
+  async call_(request) {
     const member = this.method_.member;
     fill(this.result_, h("p", { class: "none" }, "…"));
     try {
-      const result = await this.ask_("call", { ...this.request_(), ...(this.silent_.checked ? { noReply: true } : {}) });
+      const result = await this.ask_("call", { ...request, ...(this.silent_.checked ? { noReply: true } : {}) });
       if (member === this.method_.member) {
         this.showResult_(result);
       }

@@ -50,7 +50,62 @@ export function segments(label, options, change) {
   };
 }
 
-/** A whole number that a person typed; null when it is none. */
-export function wholeNumber(text) {
-  return /^\s*-?\d+\s*$/.test(text) ? Number(text) : null;
+// What the bus and the settings take as a number.
+const LEAST_INT = -(2 ** 31);
+const MOST_INT = 2 ** 31 - 1;
+
+/** A field holds what cannot be sent; the message says what it may hold. */
+export class WrongField extends Error {
+  constructor(input, message) {
+    super(message);
+    this.input = input;
+  }
+}
+
+/** The whole number that stands in a field, from `least` to `most`; throws WrongField for anything else. */
+export function wholeNumber(input, name, least = LEAST_INT, most = MOST_INT) {
+  const text = input.value.trim();
+  const number = /^[-+]?\d+$/.test(text) ? Number(text) : NaN;
+  if (number >= least && number <= most) {
+    return number;
+  }
+  throw new WrongField(input, `${name}: a whole number from ${least} to ${most}`);
+}
+
+let notices = 0;
+
+/**
+ * Has `send` called when a form is sent. It reads the fields; when it throws a WrongField, that field
+ * is marked, gets the focus, and the notice says why. Returns the notice, to be put into the form.
+ */
+export function onSend(form, send) {
+  const notice = h("p", { class: "notice bad", role: "alert", id: `notice-${(notices += 1)}` });
+  let wrong = null;
+  const clear = () => {
+    notice.textContent = "";
+    wrong?.removeAttribute("aria-invalid");
+    wrong?.removeAttribute("aria-describedby");
+    wrong = null;
+  };
+  // The browser's own checks let numbers through that are none for the program.
+  form.noValidate = true;
+  form.addEventListener("input", clear);
+  form.addEventListener("change", clear);
+  form.addEventListener("submit", (event) => {
+    event.preventDefault();
+    clear();
+    try {
+      send();
+    } catch (error) {
+      if (!(error instanceof WrongField)) {
+        throw error;
+      }
+      wrong = error.input;
+      wrong.setAttribute("aria-invalid", "true");
+      wrong.setAttribute("aria-describedby", notice.id);
+      notice.textContent = error.message;
+      wrong.focus();
+    }
+  });
+  return notice;
 }

@@ -10,6 +10,17 @@ const FILE_SYSTEMS = [["fat", "FAT"], ["exfat", "exFAT"], ["ext4", "ext4"], ["nt
 // After typing, before the folders are asked for.
 const PAUSE = 250;
 
+/** A file's address as a path. A percent sign that begins no byte of UTF-8 stands for itself. */
+function pathOf(address) {
+  return address.replace(/^file:\/\//, "").replace(/(?:%[0-9a-f]{2})+/gi, (bytes) => {
+    try {
+      return decodeURIComponent(bytes);
+    } catch {
+      return bytes;
+    }
+  });
+}
+
 export class FolderForm {
   /** `ask` asks the program, `act` carries out. */
   constructor(store, ask, act) {
@@ -56,7 +67,7 @@ export class FolderForm {
     const told = transfer.getData("text/uri-list") || transfer.getData("text/plain");
     const address = told.split(/\r?\n/).find((line) => /^(file:\/\/)?\//.test(line));
     if (address) {
-      this.path_.value = address.startsWith("/") ? address : decodeURIComponent(new URL(address).pathname);
+      this.path_.value = address.startsWith("/") ? address : pathOf(address);
       this.list_();
     } else {
       fill(this.folders_, h("li", { class: "none" }, "This browser hides the path of what is dropped: type or choose it."));

@@ -17,6 +17,16 @@ const PICTURES = {
   "org.norvane.floorreel": "shop",
 };
 
+// What somebody who sees an application for the first time cannot guess.
+const REASONS = {
+  "org.norvane.lumet":
+    "It is told of devices while it runs, and the button Browse opens it when more than one device is connected.",
+  "org.norvane.shopreel": "In shop mode it plays a stick with a demonstration film at once.",
+  "org.norvane.floorreel": "The internal demo player of shop mode. The switch “Internal demo allowed” keeps it away.",
+};
+const LEFTOVERS =
+  "The daemon fills one launch handle again and again: what an earlier launch was given, a song for instance, is given once more.";
+
 // Extra data in sizes of 1024 bytes.
 const SIZES = new Set(["available_size", "total_size"]);
 
@@ -126,10 +136,11 @@ export function launchedView(launched) {
       "div",
       { class: "launched-body", tabindex: "0", role: "region", "aria-label": "What the application was given" },
       headline(launched),
+      REASONS[app] ? h("p", { class: "launched-why" }, REASONS[app]) : null,
+      number > 1 && shown.length > 0 ? h("p", { class: "none" }, LEFTOVERS) : null,
       h("dl", { class: "given" }, shown.map(([name, value]) => term(name, valueOf(name, value)))),
       playList ? h("details", { class: "raw" }, h("summary", {}, "play_list_data as JSON"), tree(playList)) : null,
       shown.length === 0 && !playList ? h("p", { class: "none" }, "Launched without any data.") : null,
-      number > 1 ? h("p", { class: "none" }, "Data of earlier launches stay: the daemon has one launch handle.") : null,
     ),
   );
 }

@@ -1,5 +1,6 @@
 // The line to the program: one WebSocket that is opened again when it breaks. What comes in is
-// handed on by its type; what is asked for is answered through a promise.
+// handed on by its type; what is asked for is answered through a promise. The cookie that came with
+// the page is its ticket.
 
 const FIRST_PAUSE = 500;
 const LONGEST_PAUSE = 5000;
@@ -35,7 +36,6 @@ export class Link {
     this.status_("connecting");
     const address = new URL("/ws", location.href);
     address.protocol = "ws:";
-    address.search = location.search;
     this.socket_ = new WebSocket(address);
     this.socket_.addEventListener("open", () => {
       this.pause_ = FIRST_PAUSE;

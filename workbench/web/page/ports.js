@@ -1,12 +1,13 @@
 // The USB ports: what can be plugged in on one side, what is plugged in on the other.
 
-import { fill, h, light, plain } from "/dom.js";
-import { button, field, segments, wholeNumber } from "/fields.js";
+import { fill, h, light, plain, written } from "/dom.js";
+import { button, field, onSend, segments, wholeNumber } from "/fields.js";
 import { FolderForm } from "/folder-form.js";
 import { icon } from "/icons.js";
 
 const PICTURES = { stick: "usb", camera: "camera", disk: "disk" };
 const MOST_AT_ONCE = 32;
+const SEVERAL = "With more than one device the TV looks into none: it offers to browse, in the companion application.";
 // So many samples have a key.
 const KEYED = 9;
 
@@ -64,7 +65,7 @@ export class Ports {
               class: "sample",
               title: sample.text,
               "data-sample": sample.id,
-              onclick: () => this.act_("plugSample", { id: sample.id }),
+              onclick: (event) => this.plugSample_(event, sample.id),
             },
             h("strong", {}, sample.title, index < KEYED ? h("kbd", { "aria-hidden": "true" }, String(index + 1)) : null),
             h("small", {}, sample.text),
@@ -72,6 +73,14 @@ export class Ports {
         ),
       ),
     );
+  }
+
+  plugSample_(event, id) {
+    this.act_("plugSample", { id });
+    // Whoever points at a sample presses OK next, and means the screen; keys come back for another one.
+    if (event.detail > 0) {
+      document.getElementById("tv").focus({ preventScroll: true });
+    }
   }
 
   camera_() {
@@ -84,20 +93,20 @@ export class Ports {
   }
 
   hub_() {
-    const count = h("input", { type: "number", min: "1", max: String(MOST_AT_ONCE), value: "4", required: true });
+    const count = h("input", { type: "number", min: "1", max: String(MOST_AT_ONCE), value: "4" });
     return this.form_("usb", "Plug the hub in", () => ({
       name: "hub",
-      values: { count: wholeNumber(count.value) ?? 0 },
+      values: { count: wholeNumber(count, "Sticks", 1, MOST_AT_ONCE) },
     }), [field("A hub with this many sticks", count)]);
   }
 
   form_(picture, text, command, fields) {
     const form = h("form", { class: "plug-form" }, fields, h("button", { class: "button primary" }, icon(picture), h("span", {}, text)));
-    form.addEventListener("submit", (event) => {
-      event.preventDefault();
+    const notice = onSend(form, () => {
       const { name, values } = command();
       this.act_(name, values);
     });
+    form.append(notice);
     return form;
   }
 
@@ -122,6 +131,7 @@ export class Ports {
       this.list_,
       ports.map((port) => this.row_(port)),
       ports.length === 0 ? h("li", { class: "none" }, "All ports are free.") : null,
+      ports.length > 1 ? h("li", { class: "none" }, SEVERAL) : null,
     );
     this.known_ = new Set(ports.map((port) => port.port));
     if (hadFocus) {
@@ -140,7 +150,7 @@ export class Ports {
         "div",
         { class: "port-text" },
         h("strong", {}, plain(port.title)),
-        h("small", { title: port.folder || null }, plain(port.node), ` · ${state}${port.busy ? " · busy" : ""}`),
+        h("small", { title: port.folder ? written(port.folder) : null }, plain(port.node), ` · ${state}${port.busy ? " · busy" : ""}`),
       ),
       h(
         "div",
@@ -150,7 +160,7 @@ export class Ports {
           ? null
           : button("mount", "Mount", () => this.act_("mount", { port: port.port }), { "data-focus": `mount-${port.port}`, "aria-label": `Mount port ${port.port}` }),
         port.kind !== "camera" && port.mounted
-          ? button("bolt", "mid-scan", () => pull(true), { "data-focus": `busy-${port.port}`, "aria-label": `Pull port ${port.port} in the middle of its content scan`, title: "Pull it in the middle of its content scan" })
+          ? button("bolt", "while read", () => pull(true), { "data-focus": `busy-${port.port}`, "aria-label": `Pull port ${port.port} while it is read`, title: "Pull it while the TV still looks for photos, films and music on it: what was found is told after it is gone" })
           : null,
       ),
     );

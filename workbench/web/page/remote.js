@@ -4,7 +4,7 @@ import { fill, h } from "/dom.js";
 import { icon } from "/icons.js";
 
 // Where these keys have a meaning of their own, they keep it.
-const BUSY = "input, select, textarea, summary, a, [role=listbox], [role=tab], dialog, dialog *";
+const BUSY = "input:not([type=checkbox]), select, textarea, summary, a, [role=listbox], [role=tab], dialog, dialog *";
 
 const KEYS = {
   ArrowLeft: "left",

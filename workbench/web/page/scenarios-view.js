@@ -1,12 +1,20 @@
 // Scenarios: what was done is recorded as a small text, saved, and replayed line by line.
 
+import { ordersAfresh } from "/afresh.js";
 import { fill, h, plain } from "/dom.js";
 import { button, field } from "/fields.js";
 
 const FIRST_LINE = "portmeld-scenario 1";
+const INTRODUCTION =
+  "Most scenarios expect a TV with nothing plugged in and every switch as at the start: tidying up makes it so. Untick “no waiting” to watch a replay at the pace of the clock.";
+// What no tidying up can bring back.
+const ONLY_ONCE = /\/dev\/sd|counters|GetDeviceCount|reply/;
+const ADVICE =
+  "Names such as /dev/sda1 are given once, and the daemon's counters outlive a wake-up: what expects those needs a TV that was just started. portmeld-workbench --replay FILE --headless starts one.";
 
 export class ScenariosView {
   constructor(store, ask, fail) {
+    this.store_ = store;
     this.ask_ = ask;
     this.fail_ = fail;
     this.isRecording_ = false;
@@ -18,20 +26,39 @@ export class ScenariosView {
     this.text_ = h("textarea", { spellcheck: "false", "aria-label": "Scenario", placeholder: `${FIRST_LINE}\nplugSample one-photo\nexpect popup play` });
     this.results_ = h("ol", { class: "replay", "aria-label": "Replayed lines", tabindex: "0" });
     this.verdict_ = h("p", { class: "verdict", role: "status" });
-    fill(this.results_, h("li", { class: "none" }, "A replay starts from the television as it stands; the ready-made ones expect it fresh, with nothing plugged in."));
+    fill(this.results_, h("li", { class: "none" }, h("span", {}, INTRODUCTION)));
+    this.tidies_ = h("input", { type: "checkbox", checked: true });
+    this.skips_ = h("input", { type: "checkbox", checked: true });
+    this.clockBefore_ = null;
     this.replay_ = button("play", "Replay", () => this.toggleReplay_(), { class: "button primary" });
     this.file_ = h("input", { type: "file", accept: ".txt,.scenario,text/plain", hidden: true, onchange: () => this.load_() });
     this.node = h(
       "div",
       { class: "scenarios" },
       h("div", { class: "scenario-bar" }, this.record_, field("Title", this.title_, "field beside"), this.note_),
-      h("div", { class: "scenario-bar" }, this.replay_, this.ready_, button("save", "Save", () => this.save_()), button("open", "Load", () => this.file_.click()), this.file_),
-      h("div", { class: "scenario-text" }, this.text_, h("div", { class: "scenario-results" }, this.results_, this.verdict_)),
+      h(
+        "div",
+        { class: "scenario-bar" },
+        this.replay_,
+        this.ready_,
+        button("save", "Save", () => this.save_()), button("open", "Load", () => this.file_.click()),
+        this.file_,
+      ),
+      h("div", { class: "scenario-text" }, this.text_, h("div", { class: "scenario-results" }, this.choices_(), this.results_, this.verdict_)),
     );
     store.onHello((hello) => this.showReady_(hello.scenarios));
     store.on("recording", (recording) => this.showRecording_(recording));
     store.on("replaying", (replaying) => this.showReplaying_(replaying));
     store.onReplay((message) => (message.type === "replay" ? this.addStep_(message) : this.end_(message)));
+  }
+
+  choices_() {
+    return h(
+      "div",
+      { class: "scenario-choices" },
+      h("label", { class: "check", title: "Pulls everything, goes home, sets every switch back and lets a minute pass, then replays" }, this.tidies_, "tidy up first"),
+      h("label", { class: "check", title: "Stops the clock meanwhile: the waiting in a scenario is then skipped" }, this.skips_, "no waiting"),
+    );
   }
 
   showReady_(scenarios) {
@@ -85,10 +112,29 @@ export class ScenariosView {
       } else {
         fill(this.results_);
         fill(this.verdict_);
+        await this.prepare_();
         await this.ask_("replay", { text: this.text_.value });
       }
     } catch (error) {
+      this.restoreClock_();
       fill(this.verdict_, h("span", { class: "bad" }, plain(error.message)));
+    }
+  }
+
+  async prepare_() {
+    const orders = this.tidies_.checked ? ordersAfresh(this.store_.state) : [];
+    if (this.skips_.checked) {
+      const { mode, factor } = this.store_.state.clock;
+      this.clockBefore_ = { mode, factor };
+      orders.unshift(["clock", { mode: "stopped" }]);
+    }
+    await Promise.all(orders.map(([name, values]) => this.ask_(name, values)));
+  }
+
+  restoreClock_() {
+    if (this.clockBefore_) {
+      this.ask_("clock", this.clockBefore_).catch(this.fail_);
+      this.clockBefore_ = null;
     }
   }
 
@@ -105,8 +151,12 @@ export class ScenariosView {
   }
 
   end_(message) {
+    this.restoreClock_();
     const text = message.ok ? "Everything held." : message.error ?? "Something did not hold.";
     fill(this.verdict_, h("span", { class: message.ok ? "good" : "bad" }, plain(text)));
+    if ([...this.results_.querySelectorAll("li.bad")].some((line) => ONLY_ONCE.test(line.textContent))) {
+      this.results_.append(h("li", { class: "none" }, h("span", {}, ADVICE)));
+    }
   }
 
   save_() {

@@ -1,6 +1,7 @@
 // The television's screen: its programme, a pop-up over it, the application in front, or darkness.
 
-import { fill, h } from "/dom.js";
+import { fill, h, setText } from "/dom.js";
+import { HINTED, hintFor } from "/hints.js";
 import { icon } from "/icons.js";
 import { launchedView } from "/launched.js";
 import { Popup } from "/popup.js";
@@ -8,16 +9,6 @@ import { Popup } from "/popup.js";
 const TICK = 200;
 
 const POWER_TEXTS = { standby: "Standby", off: "Switched off" };
-
-function hint(daemon, ports) {
-  if (!daemon.listening) {
-    return "The daemon takes no USB events yet: step to the next timer (N).";
-  }
-  if (!daemon.activated) {
-    return "Pop-ups of new devices are held back now; a timer may change that (N).";
-  }
-  return ports.length === 0 ? "Nothing is plugged in. Choose a sample below." : null;
-}
 
 export class Screen {
   /** `act` carries out a command of the protocol. */
@@ -33,17 +24,15 @@ export class Screen {
     this.dark_ = h("div", { class: "tv-layer tv-dark", hidden: true });
     this.led_ = h("span", { class: "tv-led", "aria-hidden": "true" });
     this.hint_ = h("p", { class: "tv-hint" });
-    this.back_.append(this.hint_);
     fill(
       node,
-      h("div", { class: "tv-glass" }, this.back_, this.front_, this.over_, this.dark_),
+      h("div", { class: "tv-glass" }, this.back_, this.front_, this.hint_, this.over_, this.dark_),
       h("div", { class: "tv-edge", "aria-hidden": "true" }, h("span", {}, "portmeld"), this.led_),
     );
     store.on("popup", (popup) => this.showPopup_(popup));
     store.on("launched", (launched) => this.showLaunched_(launched));
     store.on("power", (power) => this.showPower_(power));
-    store.on("ports", () => this.showHint_());
-    store.on("daemon", () => this.showHint_());
+    HINTED.forEach((member) => store.on(member, () => setText(this.hint_, hintFor(store.state))));
   }
 
   /** A key of the remote control. */
@@ -76,12 +65,10 @@ export class Screen {
     if (hadFocus) {
       document.getElementById("tv").focus();
     }
-    this.showHint_();
   }
 
   showLaunched_(launched) {
     fill(this.front_, launched ? launchedView(launched) : null);
-    this.showHint_();
   }
 
   showPower_(power) {
@@ -91,11 +78,5 @@ export class Screen {
       this.dark_,
       power === "on" ? null : h("p", {}, icon(power === "off" ? "power" : "moon"), POWER_TEXTS[power] ?? power),
     );
-  }
-
-  /** What somebody who sees the page for the first time can do next. */
-  showHint_() {
-    const { ports, popup, launched, daemon } = this.store_.state;
-    fill(this.hint_, popup || launched || !daemon || !ports ? null : hint(daemon, ports));
   }
 }

@@ -1,11 +1,26 @@
 // Settings of the television, what its viewer is doing, and services that fail on demand.
 
 import { h } from "/dom.js";
-import { button, field, toggle, wholeNumber } from "/fields.js";
+import { button, field, onSend, toggle, WrongField, wholeNumber } from "/fields.js";
 
 const USE_MODE_KEY = "db/menu/support/use_mode";
 
 const DISTRACTION_BITS = [7, 10, 11];
+
+const TRUTHS = { true: true, yes: true, 1: true, false: false, no: false, 0: false };
+
+// How the value of each type is read; each throws WrongField.
+const READERS = {
+  string: (input) => input.value,
+  int: (input) => wholeNumber(input, "Value"),
+  bool: (input) => {
+    const truth = TRUTHS[input.value.trim().toLowerCase()];
+    if (truth === undefined) {
+      throw new WrongField(input, "Value: true or false");
+    }
+    return truth;
+  },
+};
 
 const FAULTS = [
   ["notification", "Notification server refuses"],
@@ -61,8 +76,8 @@ export class SettingsView {
   }
 
   anyKey_() {
-    const key = h("input", { type: "text", required: true, spellcheck: "false", autocomplete: "off", placeholder: USE_MODE_KEY });
-    const type = h("select", {}, ["string", "int", "bool"].map((name) => h("option", {}, name)));
+    const key = h("input", { type: "text", spellcheck: "false", autocomplete: "off", placeholder: USE_MODE_KEY });
+    const type = h("select", {}, Object.keys(READERS).map((name) => h("option", {}, name)));
     const value = h("input", { type: "text", autocomplete: "off" });
     const form = h(
       "form",
@@ -71,11 +86,13 @@ export class SettingsView {
       h("div", { class: "pair" }, field("Type", type), field("Value", value)),
       button("save", "Write", () => form.requestSubmit()),
     );
-    form.addEventListener("submit", (event) => {
-      event.preventDefault();
-      const read = { string: (text) => text, int: (text) => wholeNumber(text) ?? 0, bool: (text) => ["1", "true"].includes(text.trim()) };
-      this.set_(key.value, type.value, read[type.value](value.value));
+    const notice = onSend(form, () => {
+      if (key.value.trim() === "") {
+        throw new WrongField(key, "Key: which one?");
+      }
+      this.set_(key.value.trim(), type.value, READERS[type.value](value));
     });
+    form.append(notice);
     return h("fieldset", {}, h("legend", {}, "Any key of the settings store"), form);
   }
 

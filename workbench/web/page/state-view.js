@@ -1,6 +1,6 @@
 // The daemon's own account: what it lists, counts and remembers. Whatever changes lights up.
 
-import { fill, h, light, plain, setText } from "/dom.js";
+import { fill, h, light, plain, setText, written } from "/dom.js";
 import { CLASSES, DISK_TYPES, FILE_SYSTEMS, POPUP_KINDS, sizeText } from "/units.js";
 
 const COUNTERS = [["fat", "FAT"], ["exfat", "exFAT"], ["ext4", "ext"], ["ntfs", "NTFS"], ["cameras", "cameras"]];
@@ -16,16 +16,18 @@ const MEANINGS = {
   usedSize: sizeText,
 };
 
-/** One fact in large: a name above a value. */
-class Tile {
-  constructor(name) {
+/** One fact: a name and a value, which lights up when it changes. */
+class Fact {
+  constructor(name, className) {
     this.value_ = h("dd", {}, "–");
-    this.node = h("div", { class: "tile" }, h("dt", {}, name), this.value_);
+    this.node = h("div", { class: className }, h("dt", {}, name), this.value_);
   }
 
+  /** Shows a value; what does not fit is told to those who point at it. */
   set(text) {
     if (this.text_ !== text) {
-      setText(this.value_, text);
+      setText(this.value_, written(text));
+      this.value_.title = written(text);
       if (this.text_ !== undefined) {
         light(this.node);
       }
@@ -91,33 +93,34 @@ class DeviceCard {
 export class StateView {
   constructor(store) {
     this.tiles_ = {
-      running: new Tile("Daemon"),
-      activated: new Tile("Pop-ups"),
-      standby: new Tile("Standby"),
-      kind: new Tile("Last offer"),
+      running: new Fact("Daemon", "tile"),
+      listening: new Fact("USB events", "tile"),
+      activated: new Fact("Pop-ups", "tile"),
+      standby: new Fact("Standby", "tile"),
+      scanning: new Fact("Scan", "tile"),
+      kind: new Fact("Last offer", "tile"),
     };
-    this.counters_ = new Map(COUNTERS.map(([id, name]) => [id, new Tile(name)]));
+    this.pointers_ = {
+      current: new Fact("current device", "pointer"),
+      displayed: new Fact("last displayed", "pointer"),
+      scan: new Fact("last scan found", "pointer"),
+      notice: new Fact("removal notice", "pointer"),
+    };
+    this.counters_ = new Map(COUNTERS.map(([id, name]) => [id, new Fact(name, "tile")]));
     this.clients_ = h("tbody");
     this.devices_ = h("div", { class: "devices" });
     this.cards_ = new Map();
     this.breaches_ = h("ul", { class: "breaches bad" });
-    this.current_ = h("dd");
-    this.displayed_ = h("dd");
     this.node = h(
       "div",
       { class: "state" },
       this.breaches_,
-      h("dl", { class: "tiles four" }, Object.values(this.tiles_).map((tile) => tile.node)),
+      h("dl", { class: "tiles three" }, Object.values(this.tiles_).map((tile) => tile.node)),
+      h("dl", { class: "pointers" }, Object.values(this.pointers_).map((fact) => fact.node)),
       h("h3", {}, "Counters"),
       h("dl", { class: "tiles five" }, [...this.counters_.values()].map((tile) => tile.node)),
       h("h3", {}, "Devices ", (this.count_ = h("span", { class: "count" }, "0"))),
       this.devices_,
-      h(
-        "dl",
-        { class: "pointers" },
-        h("div", {}, h("dt", {}, "current device"), this.current_),
-        h("div", {}, h("dt", {}, "last displayed device"), this.displayed_),
-      ),
       h("h3", {}, "Clients"),
       h(
         "table",
@@ -132,14 +135,18 @@ export class StateView {
 
   showDaemon_(daemon) {
     this.tiles_.running.set(daemon.running ? "running" : "ended");
+    this.tiles_.listening.set(daemon.listening ? "taken" : "not yet");
+    this.tiles_.scanning.set(daemon.scanning ? "running" : "none");
     this.tiles_.activated.set(daemon.activated ? "activated" : "held back");
     this.tiles_.standby.set(daemon.standby ? "yes" : "no");
     this.tiles_.kind.set(POPUP_KINDS[daemon.notificationKind] ?? String(daemon.notificationKind));
     for (const [id, tile] of this.counters_) {
       tile.set(String(daemon.counters[id]));
     }
-    fill(this.current_, daemon.currentDevice ? plain(daemon.currentDevice) : "none");
-    fill(this.displayed_, daemon.displayedDevice ? plain(daemon.displayedDevice) : "none");
+    this.pointers_.current.set(daemon.currentDevice ?? "none");
+    this.pointers_.displayed.set(daemon.displayedDevice ?? "none");
+    this.pointers_.scan.set(daemon.scan ? `${daemon.scan.type} ${daemon.scan.fileName}` : "nothing yet");
+    this.pointers_.notice.set(daemon.removalNotice ?? "none");
     fill(this.breaches_, daemon.breaches.map((breach) => h("li", {}, "Breach of the platform's rules: ", plain(breach))));
     this.showClients_(daemon.clients);
   }

@@ -104,7 +104,7 @@ def test_help_is_one_screen_and_names_every_verb(checkout, arguments):
     assert status == 0
     assert len(lines) <= 24
     assert max(map(len, lines)) <= 100
-    for verb in ("run", "test", "coverage", "format", "build", "setup", "package", "vm", "help"):
+    for verb in ("run", "test", "coverage", "format", "build", "setup", "package", "vm", "picture", "help"):
         assert any(line.startswith(f"  {verb} ") for line in lines)
 
 

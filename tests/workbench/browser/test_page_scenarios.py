@@ -100,9 +100,13 @@ def test_what_needs_a_television_just_started_is_told_with_the_failure(scenarios
     page = scenarios
     page.click("[data-sample=one-photo]")
     page.see(".port")
-    verdict = replay(page, "portmeld-scenario 1\nplugSample mixed\nexpect device /dev/sda1\n")
+    verdict = replay(
+        page, "portmeld-scenario 1\nplugSample mixed\nexpect device /dev/sda1\n" + 30 * "key up\n"
+    )
     assert verdict == "Something did not hold."
     assert "--headless starts one" in page.see(".replay .none")
+    box, wrong = page.box(".replay"), page.box(".replay .bad >> nth=0")
+    assert box["y"] <= wrong["y"] <= box["y"] + box["height"] / 2
 
 
 def test_a_replay_can_be_watched_at_the_clocks_pace_and_stopped(scenarios):

@@ -154,9 +154,11 @@ export class ScenariosView {
     this.restoreClock_();
     const text = message.ok ? "Everything held." : message.error ?? "Something did not hold.";
     fill(this.verdict_, h("span", { class: message.ok ? "good" : "bad" }, plain(text)));
-    if ([...this.results_.querySelectorAll("li.bad")].some((line) => ONLY_ONCE.test(line.textContent))) {
-      this.results_.append(h("li", { class: "none" }, h("span", {}, ADVICE)));
+    const wrong = [...this.results_.querySelectorAll("li.bad")];
+    if (wrong.some((line) => ONLY_ONCE.test(line.textContent))) {
+      wrong.at(-1).after(h("li", { class: "none" }, h("span", {}, ADVICE)));
     }
+    wrong[0]?.scrollIntoView({ block: "start" });
   }
 
   save_() {

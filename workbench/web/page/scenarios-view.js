@@ -109,6 +109,7 @@ export class ScenariosView {
     try {
       if (this.isReplaying_) {
         await this.ask_("stopReplay");
+        this.restoreClock_();
       } else {
         fill(this.results_);
         fill(this.verdict_);

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "HarmfulCharacters.h"
 #include "Text.h"
 
 namespace ctl {
@@ -84,7 +85,7 @@ std::string jsonText(const Json& value, bool ascii) {
     std::string result;
     // Outside of texts everything is harmless ASCII.
     forEachCharacter(written, [&](char32_t character, std::string_view encoded) {
-        if (isHarmful(character) || (ascii && character > 0x7F)) {
+        if (text::isHarmful(character) || (ascii && character > 0x7F)) {
             result += byNumber(character);
         } else {
             result += encoded;

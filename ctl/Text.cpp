@@ -1,9 +1,11 @@
-// Harmful characters by their Unicode category, and widths, as GLib knows them.
+// Texts on a terminal: harmful characters by number, and widths, as GLib knows them.
 #include "Text.h"
 
 #include <memory>
 
 #include <glib.h>
+
+#include "HarmfulCharacters.h"
 
 namespace ctl {
 
@@ -11,27 +13,7 @@ namespace {
 
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
-constexpr gunichar ZERO_WIDTH_NON_JOINER = 0x200C;
-constexpr gunichar ZERO_WIDTH_JOINER = 0x200D;
-
 }  // namespace
-
-bool isHarmful(char32_t character) {
-    switch (g_unichar_type(character)) {
-        case G_UNICODE_CONTROL:
-        case G_UNICODE_LINE_SEPARATOR:
-        case G_UNICODE_PARAGRAPH_SEPARATOR:
-        case G_UNICODE_SURROGATE:
-        case G_UNICODE_UNASSIGNED:
-        case G_UNICODE_PRIVATE_USE:
-            return true;
-        case G_UNICODE_FORMAT:
-            // Joiners are letters' business in many scripts.
-            return character != ZERO_WIDTH_NON_JOINER && character != ZERO_WIDTH_JOINER;
-        default:
-            return false;
-    }
-}
 
 void forEachCharacter(std::string_view text,
                       const std::function<void(char32_t, std::string_view)>& function) {
@@ -45,20 +27,12 @@ void forEachCharacter(std::string_view text,
 }
 
 std::string printable(std::string_view bytes) {
-    const OwnedText valid(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())),
-                          g_free);
-    std::string result;
-    forEachCharacter(valid.get(), [&](char32_t character, std::string_view encoded) {
-        if (isHarmful(character)) {
-            const OwnedText number(character > 0xFFFF ? g_strdup_printf("\\U%08x", character)
-                                                      : g_strdup_printf("\\u%04x", character),
-                                   g_free);
-            result += number.get();
-        } else {
-            result += encoded;
-        }
+    return text::withoutHarmful(bytes, [](char32_t character) -> std::string {
+        const OwnedText number(character > 0xFFFF ? g_strdup_printf("\\U%08x", character)
+                                                  : g_strdup_printf("\\u%04x", character),
+                               g_free);
+        return number.get();
     });
-    return result;
 }
 
 std::size_t columnsOf(std::string_view text) {

@@ -7,11 +7,6 @@
 
 namespace ctl {
 
-/// Whether a character can do more to a terminal than be seen: control characters, those that turn the
-/// reading direction, line separators, and what Unicode gives no meaning.
-/// @param character  a code point
-bool isHarmful(char32_t character);
-
 /// Calls function(character, its bytes) for each character of valid UTF-8.
 void forEachCharacter(std::string_view text,
                       const std::function<void(char32_t, std::string_view)>& function);

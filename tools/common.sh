@@ -51,4 +51,4 @@ shell_scripts() {
 
 # The folders that hold C++ of ours.
 # shellcheck disable=SC2034  # used by the scripts that source this file
-cxx_folders=(src platform handlers workbench ctl tests bench)
+cxx_folders=(text src platform handlers workbench ctl tests bench)

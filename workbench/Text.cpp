@@ -5,37 +5,19 @@
 
 #include <glib.h>
 
+#include "HarmfulCharacters.h"
+
 namespace workbench {
 
 namespace {
 
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
-constexpr gunichar zeroWidthNonJoiner = 0x200C;
-constexpr gunichar zeroWidthJoiner = 0x200D;
-
 /// Marks that order or isolate, or allow a hyphen: without them the same text is read.
-bool isLeftOut(gunichar character) {
+bool isLeftOut(char32_t character) {
     return character == 0x00AD || character == 0x061C || character == 0x200E ||
            character == 0x200F || character == 0xFEFF ||
            (character >= 0x2066 && character <= 0x2069);
-}
-
-bool isHarmful(gunichar character) {
-    switch (g_unichar_type(character)) {
-        case G_UNICODE_CONTROL:
-        case G_UNICODE_LINE_SEPARATOR:
-        case G_UNICODE_PARAGRAPH_SEPARATOR:
-        case G_UNICODE_SURROGATE:
-        case G_UNICODE_UNASSIGNED:
-        case G_UNICODE_PRIVATE_USE:
-            return true;
-        case G_UNICODE_FORMAT:
-            // Joiners are letters' business in many scripts.
-            return character != zeroWidthNonJoiner && character != zeroWidthJoiner;
-        default:
-            return false;
-    }
 }
 
 int columnsOfCharacter(gunichar character) {
@@ -76,22 +58,13 @@ std::size_t fitting(std::string_view text, int columns) {
 }  // namespace
 
 std::string printable(std::string_view bytes) {
-    const OwnedText valid(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())),
-                          g_free);
-    std::string result;
-    forEachCharacter(valid.get(), [&](gunichar character, std::string_view encoded) {
+    return text::withoutHarmful(bytes, [](char32_t character) -> std::string {
         if (isLeftOut(character)) {
-            return true;
+            return "";
         }
-        if (isHarmful(character)) {
-            const OwnedText number(g_strdup_printf("<U+%04X>", character), g_free);
-            result += number.get();
-        } else {
-            result += encoded;
-        }
-        return true;
+        const OwnedText number(g_strdup_printf("<U+%04X>", character), g_free);
+        return number.get();
     });
-    return result;
 }
 
 int columnsOf(std::string_view text) {

@@ -18,6 +18,9 @@ SIMULATED_TV = "platform/simulated/SimulatedTv.h"
 # The one window into the daemon: a value to be read. The web page shows the daemon's own list, counters
 # and clients, and a copy of them that the workbench kept for itself could be wrong.
 DAEMON_STATE = "src/commoncontrol/MMDeviceState.h"
+# A scenario can name any file as a picture; reading it must not hold up the TV.
+REGULAR_FILE = "platform/common/RegularFile.h"
+
 SETTINGS_FILES = [
     "platform/linux/settings/SettingsStore.h",
     "platform/linux/support/PathWatch.h",
@@ -30,18 +33,20 @@ FLOORS = [
     ("src/commoncontrol/", ["src/commoncontrol/", "src/util/", CONTRACT]),
     ("src/util/", ["src/util/", CONTRACT]),
     (CONTRACT, [CONTRACT]),
+    ("text/", ["text/"]),
     ("platform/common/", ["platform/common/", CONTRACT]),
     ("platform/simulated/", ["platform/simulated/", "platform/common/", CONTRACT]),
     ("platform/linux/", ["platform/linux/", "platform/common/", CONTRACT]),
     ("handlers/", ["handlers/", "platform/common/"]),
-    ("workbench/web/", ["workbench/", SIMULATED_TV, DAEMON_STATE]),
-    ("workbench/", ["workbench/", SIMULATED_TV]),
+    ("workbench/web/", ["workbench/", "text/", SIMULATED_TV, DAEMON_STATE, REGULAR_FILE]),
+    ("workbench/", ["workbench/", "text/", SIMULATED_TV]),
     # Of the Linux machine only the settings: they are files, and no bus leads to them.
-    ("ctl/", ["ctl/", *SETTINGS_FILES]),
+    ("ctl/", ["ctl/", "text/", *SETTINGS_FILES]),
 ]
 
 # Where the compiler looks for a name, in this order.
 INCLUDE_ROOTS = [
+    "text",
     "src/util",
     "src/commoncontrol",
     "src",

@@ -4,12 +4,15 @@
 #include <algorithm>
 #include <map>
 
+#include "RegularFile.h"
+
 namespace workbench {
 
 namespace {
 
 constexpr const char* resourceRoot = "/org/norvane/portmeld/workbench";
-constexpr gsize largestPicture = 1U << 20U;
+constexpr std::size_t largestPicture = 1U << 20U;
+constexpr std::size_t largestPageFile = 16U << 20U;
 
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
@@ -39,13 +42,15 @@ bool isHarmless(const std::string& path) {
     return std::all_of(path.begin(), path.end(), isUsual) && path.find("..") == std::string::npos;
 }
 
-std::shared_ptr<GBytes> contentsOf(const std::string& path) {
-    char* text = nullptr;
-    gsize size = 0;
-    if (g_file_get_contents(path.c_str(), &text, &size, nullptr) == FALSE) {
+/// A regular file of at most `most` bytes; nothing else is waited for, nor read.
+std::shared_ptr<GBytes> contentsOf(const std::string& path, std::size_t most) {
+    const platform::Descriptor file = platform::openWithoutWaiting(path);
+    std::string bytes;
+    if (!file || !platform::isRegular(file) || platform::readAtMost(file, most, bytes) != 0 ||
+        bytes.size() > most) {
         return nullptr;
     }
-    return shared(g_bytes_new_take(text, size));
+    return shared(g_bytes_new(bytes.data(), bytes.size()));
 }
 
 }  // namespace
@@ -58,13 +63,13 @@ std::optional<PageFile> PageFiles::find(const std::string& path) const {
     const std::shared_ptr<GBytes> bytes =
         folder_.empty() ? shared(g_resources_lookup_data((resourceRoot + name).c_str(),
                                                          G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr))
-                        : contentsOf(folder_ + name);
+                        : contentsOf(folder_ + name, largestPageFile);
     return bytes ? std::optional(PageFile{bytes, typeOf(name)}) : std::nullopt;
 }
 
 std::optional<PageFile> pictureAt(const std::string& path) {
-    const std::shared_ptr<GBytes> bytes = contentsOf(path);
-    if (!bytes || g_bytes_get_size(bytes.get()) > largestPicture) {
+    const std::shared_ptr<GBytes> bytes = contentsOf(path, largestPicture);
+    if (!bytes) {
         return std::nullopt;
     }
     gsize size = 0;

@@ -26,7 +26,7 @@ private:
     std::string folder_;
 };
 
-/// A picture of the machine; none when it is missing, too large or no picture.
+/// A picture of the machine; none when it is missing, no regular file, of more than 1 MiB, or no picture.
 std::optional<PageFile> pictureAt(const std::string& path);
 
 }  // namespace workbench

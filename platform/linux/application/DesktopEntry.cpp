@@ -73,7 +73,7 @@ std::vector<std::string> fileNames(const std::string& id) {
 
 /// Read a file that anybody may have put there; what is no regular file is not waited for.
 bool load(GKeyFile* entry, const std::string& path) {
-    const Descriptor file = openWithoutWaiting(path);
+    const platform::Descriptor file = platform::openWithoutWaiting(path);
     std::string text;
     return file && isRegular(file) && readAtMost(file, LARGEST_ENTRY, text) == 0 &&
            text.size() <= LARGEST_ENTRY &&

@@ -15,6 +15,8 @@ namespace machine {
 
 namespace {
 
+using platform::Descriptor;
+
 /// Settings belong to a group of people and programs, whatever the umask of who writes first.
 constexpr mode_t FILE_MODE = 0664;
 constexpr mode_t FOLDER_MODE = 02775;

@@ -38,7 +38,7 @@ public:
 private:
     bool enter(const std::string& name, bool followsLinks, Missing missing);
 
-    Descriptor folder_;
+    platform::Descriptor folder_;
     std::string path_;  ///< of folder_, for people
     std::string name_;
     std::string fault_;

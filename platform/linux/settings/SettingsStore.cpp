@@ -103,7 +103,7 @@ SettingReading SettingsStore::read(const std::string& key) const {
     if (path.empty()) {
         return failed(NO_KEY);
     }
-    const Descriptor file = openWithoutWaiting(path);
+    const platform::Descriptor file = platform::openWithoutWaiting(path);
     if (!file) {
         if (errno == ENOENT || errno == ENOTDIR) {
             return {};

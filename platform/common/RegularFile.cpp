@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace machine {
+namespace platform {
 
 Descriptor::~Descriptor() {
     if (number_ >= 0) {
@@ -53,4 +53,4 @@ int readAtMost(const Descriptor& file, std::size_t most, std::string& bytes) {
     return 0;
 }
 
-}  // namespace machine
+}  // namespace platform

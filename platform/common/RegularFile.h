@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-namespace machine {
+namespace platform {
 
 /// An open file, closed at the end.
 class Descriptor {
@@ -37,4 +37,4 @@ bool isRegular(const Descriptor& file);
 /// @return 0, or the error number
 int readAtMost(const Descriptor& file, std::size_t most, std::string& bytes);
 
-}  // namespace machine
+}  // namespace platform

@@ -133,6 +133,9 @@ Arguments readArguments(int argc, char** argv) {
     }
     arguments.port = static_cast<unsigned>(port);
     checkCombination(arguments);
+    if (folders != nullptr && !arguments.replay.empty()) {
+        throw ArgumentsError("--replay plugs in what its scenario says, and no FOLDER");
+    }
     for (char** folder = folders; folder != nullptr && *folder != nullptr; ++folder) {
         arguments.sticks.push_back(stickOf(*folder));
     }

@@ -5,6 +5,7 @@ import json
 import pathlib
 import re
 import subprocess
+import time
 
 import pytest
 
@@ -88,6 +89,7 @@ def test_a_file_that_cannot_be_understood_is_refused_before_anything_happens(tmp
         (["--replay", "/nowhere", "--headless"], "No such file"),
         (["--headless"], "--headless goes with --replay"),
         (["--replay", "x", "--terminal"], "do not go with --terminal"),
+        (["--replay", "x", "/"], "--replay plugs in what its scenario says"),
         (["--port", "70000"], "no port 70000"),
     ],
 )
@@ -280,6 +282,11 @@ def test_recording_to_a_file_ends_with_the_program(web, tmp_path):
 # ---- replaying in a page
 
 
+def ends(page):
+    """What the page was told of ends of replays."""
+    return [(m["ok"], m["error"]) for m in page.messages if m["type"] == "replayEnd"]
+
+
 def test_a_page_sees_the_steps_of_a_replay(page):
     page.order("plugSample", id="empty")
     text = (SCENARIOS / "removal.scenario").read_text()
@@ -303,16 +310,29 @@ def test_a_replay_in_a_page_takes_its_time_and_can_be_stopped(web):
     page.until(lambda: page.state["replaying"] == {"line": 3, "lines": 4})
     with pytest.raises(Failed, match="is being replayed"):
         page.order("replay", text=HEAD)
+    waits = "the scenario that is replayed goes on"
+    assert waits in [timer["what"] for timer in page.state["clock"]["timers"]]
     page.order("stopReplay")
     page.until(lambda: page.state["replaying"] is None)
+    page.until(lambda: waits not in [timer["what"] for timer in page.state["clock"]["timers"]])
+    page.order("stopReplay")
     page.order("replay", text=HEAD + "expect popup browse\n")
-    end = page.until(lambda: next((m for m in page.messages if m["type"] == "replayEnd"), None))
-    assert end["ok"] is True
+    page.until(lambda: page.state["replaying"] is None and len(ends(page)) == 2)
+    assert ends(page) == [(False, "it was stopped"), (True, None)]
 
 
 def test_a_replay_can_be_watched_from_the_beginning(web, tmp_path):
     file = tmp_path / "film.scenario"
     file.write_text((SCENARIOS / "stick-with-one-film.scenario").read_text())
-    page = web("--replay", file).page()
+    run = web("--replay", file)
+    assert run.errors == "portmeld-workbench: the scenario is replayed as soon as the page is open\n"
+    time.sleep(0.3)
+    page = run.page()
     page.until(lambda: page.state["launched"] and page.state["launched"]["app"] == "org.norvane.vidreel")
     assert json.dumps(page.state["ports"]).count('"port"') == 1
+    page.until(lambda: ends(page))
+    assert ends(page) == [(True, None)]
+    lines = file.read_text().splitlines()[1:]
+    assert [m["text"] for m in page.messages if m["type"] == "replay"] == [
+        line for line in lines if line and not line.startswith("#")
+    ]

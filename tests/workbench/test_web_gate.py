@@ -130,7 +130,7 @@ def test_a_folder_can_take_the_place_of_the_files_in_the_program(web, tmp_path):
     assert run.get("/app.js").status == 404
 
 
-def test_pictures_are_given_out_while_their_pop_up_is_up(run):
+def test_pictures_are_given_out_until_the_next_pop_up(run):
     page = run.page()
     page.order("plugSample", id="one-photo")
     popup = page.until_popup("play")
@@ -142,7 +142,12 @@ def test_pictures_are_given_out_while_their_pop_up_is_up(run):
         assert response.bytes.startswith(b"\x89PNG")
         assert response.headers["Content-Type"] == "image/png"
     page.order("hide")
-    assert run.get("/icon?path=" + paths[0]).status == 404
+    page.until(lambda: page.state["popup"] is None)
+    assert [run.get("/icon?path=" + path).status for path in paths] == [200] * 3, "a page may still show it"
+    page.order("pull", port=1)
+    notice = page.until_popup("removal")
+    gone = set(paths) - {notice["sourceIcon"]}
+    assert gone and {run.get("/icon?path=" + path).status for path in gone} == {404}
 
 
 @pytest.mark.parametrize("path", ["/etc/passwd", "", "./root/usr/bin/portmeld.interface.xml"])

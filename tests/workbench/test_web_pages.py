@@ -196,6 +196,28 @@ def test_time_passes_faster_when_told_to(web):
     assert time.monotonic() - began < 5
 
 
+def test_time_that_is_skipped_is_told_even_when_nothing_was_due(page):
+    page.until(lambda: page.state["clock"]["mode"] == "stopped")
+    for _ in range(2):
+        now = page.state["clock"]["now"]
+        page.order("skip", ms=1)
+        page.until(lambda: page.state["clock"]["now"] == now + 1)
+    page.order("clock", mode="real")
+    before = page.state["clock"]["now"]
+    page.order("skip", ms=60)
+    page.until(lambda: page.state["clock"]["now"] >= before + 60)
+
+
+def test_the_clock_is_told_before_what_is_reckoned_from_it(page):
+    page.order("skip", ms=2000)
+    told = len(page.history)
+    page.order("plugSample", id="one-film")
+    page.until_popup("play")
+    paths = [path for path, _ in page.history[told:]]
+    assert "clock" in paths[: paths.index("popup")]
+    assert list(page.messages[1]["state"])[0] == "clock"
+
+
 def test_a_stopped_clock_moves_by_steps_only(page):
     page.order("plugSample", id="empty")
     page.until_popup("browse")
@@ -264,6 +286,16 @@ def test_folders_can_be_chosen_from(page, tmp_path):
         "path": str(tmp_path), "parent": str(tmp_path.parent), "folders": ["a", "b"]
     }
     assert page.order("folders", path="/")["parent"] is None
+
+
+def test_other_orders_do_not_wait_for_a_folder_to_be_read(page, tmp_path):
+    for number in range(20000):
+        (tmp_path / str(number)).mkdir()
+    asked = [page.send("folders", path=str(tmp_path)), page.send("hide")]
+    page.until(lambda: {m.get("id") for m in page.messages} >= set(asked))
+    assert [m["id"] for m in page.messages if m.get("id") in asked] == asked[::-1]
+    answer = next(m for m in page.messages if m.get("id") == asked[0])
+    assert len(answer["result"]["folders"]) == 20000
 
 
 def test_quitting_ends_the_program_in_order(web):

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 
+#include "Order.h"
+
 namespace workbench {
 
 namespace {
@@ -22,6 +24,12 @@ Json opened(const Json& value) {
     }
 }
 
+/// The element with this index; null for what is no index.
+Json elementOf(const Json& array, const std::string& name) {
+    const std::optional<int> index = wholeNumber(name);
+    return index && *index >= 0 ? array.at(static_cast<std::size_t>(*index)) : Json();
+}
+
 /// The value that a key such as "items.0.file_name" leads to.
 Json valueAt(const Json& root, const std::string& key) {
     if (!root[key].isNull()) {
@@ -33,8 +41,7 @@ Json valueAt(const Json& root, const std::string& key) {
         const std::size_t end = std::min(key.find('.', begin), key.size());
         const std::string name = key.substr(begin, end - begin);
         const Json inside = opened(value);
-        value =
-            inside.isArray() ? inside.at(std::strtoul(name.c_str(), nullptr, 10)) : inside[name];
+        value = inside.isArray() ? elementOf(inside, name) : inside[name];
         begin = end + 1;
     }
     return value;

@@ -60,12 +60,11 @@ const Verb* verbOf(const std::string& name) {
 }
 
 Json numberOf(const std::string& text) {
-    char* end = nullptr;
-    const std::int64_t number = g_ascii_strtoll(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0') {
-        throw ScenarioError("\"" + printable(text) + "\" is no number");
+    const std::optional<int> number = wholeNumber(text);
+    if (!number) {
+        throw ScenarioError("\"" + printable(text) + "\" is no number of 32 bits");
     }
-    return number;
+    return *number;
 }
 
 Json truthOf(const std::string& text) {

@@ -57,8 +57,10 @@ void Player::carryOut(const Step& step) {
         return;
     }
     desk_.carryOut(std::get<Order>(step.deed), [this, run](const Outcome& outcome) {
-        checker_.setReply(outcome.result);
-        done(run, outcome.error);
+        if (run == run_) {
+            checker_.setReply(outcome.result);
+            done(run, outcome.error);
+        }
     });
 }
 

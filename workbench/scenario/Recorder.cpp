@@ -28,11 +28,18 @@ std::string seconds(std::int64_t milliseconds) {
 
 }  // namespace
 
-Recorder::Recorder(simulated::SimulatedTv& tv, const TvState& state, const PortBoard& ports)
-    : tv_(tv), state_(state), ports_(ports) {}
+Recorder::Recorder(simulated::SimulatedTv& tv,
+                   const TvState& state,
+                   const PortBoard& ports,
+                   const Circumstances::PeerOf& peerOf)
+    : tv_(tv), ports_(ports), peerOf_(peerOf), circumstances_(tv, state, ports, peerOf) {}
 
-void Recorder::begin(const std::string& title, const Wire* wire) {
+void Recorder::setWire(const Wire* wire) {
     wire_ = wire;
+    circumstances_.setWire(wire);
+}
+
+void Recorder::begin(const std::string& title) {
     recording_ = true;
     title_ = title;
     text_ = std::string(scenarioHeadline) + "\n";
@@ -42,50 +49,11 @@ void Recorder::begin(const std::string& title, const Wire* wire) {
     steps_ = 0;
     news_.clear();
     inOrder_ = false;
-    numbers_.clear();
-    nextNumber_ = 1;
     since_ = written_ = newsTime_ = tv_.clock().now();
-    const Json settings = state_.member("settings");
-    write("setting language " + asWord(settings["language"].text()));
-    if (settings["shopMode"].truth()) {
-        write("setting shopMode yes");
-    }
-    if (state_.member("context")["companionRunning"].truth()) {
-        write("companion yes");
-    }
-    if (tv_.small().contextState != 0) {
-        write("context " + std::to_string(tv_.small().contextState));
-    }
-    writePlugged();
+    circumstances_.look();
+    text_ += circumstances_.steps(numbers_);
+    nextNumber_ = 1 + (numbers_.empty() ? 0 : *std::max_element(numbers_.begin(), numbers_.end()));
     seen_ = looked_ = now();
-}
-
-/// Orders that have plugged in what still is there, once each; what of it is gone is pulled again.
-void Recorder::writePlugged() {
-    const auto& all = ports_.ports();
-    numbers_.assign(all.size(), 0);
-    for (std::size_t i = 0; i < all.size();) {
-        std::size_t end = i + 1;
-        while (end < all.size() && all[end].plug == all[i].plug) {
-            ++end;
-        }
-        bool isThere = false;
-        for (std::size_t k = i; k < end; ++k) {
-            isThere = isThere || all[k].plugged;
-        }
-        if (isThere) {
-            write(orderLine(all[i].order));
-            for (std::size_t k = i; k < end; ++k) {
-                numbers_[k] = nextNumber_++;
-            }
-            for (std::size_t k = i; k < end; ++k) {
-                if (!all[k].plugged) {
-                    write("pull " + std::to_string(numbers_[k]));
-                }
-            }
-        }
-        i = end;
-    }
 }
 
 std::string Recorder::end() {
@@ -101,6 +69,7 @@ Recorder::Seen Recorder::now() const {
 }
 
 void Recorder::look() {
+    circumstances_.look();
     if (!recording_ || inOrder_) {
         return;
     }
@@ -129,6 +98,9 @@ void Recorder::before(const Order& order) {
 }
 
 void Recorder::after(const Order& order, bool done) {
+    if (done) {
+        circumstances_.note(order);
+    }
     if (!recording_ || !isStep(order.name)) {
         return;
     }
@@ -177,9 +149,11 @@ std::string Recorder::newsUntil(const Seen& seen) const {
     const std::uint64_t oldest = wire_ == nullptr ? 0 : wire_->messages().begin();
     for (std::uint64_t i = std::max(seen_.messages, oldest); i < seen.messages; ++i) {
         const WireMessage& message = wire_->messages().at(i);
-        if (message.kind == "signal") {
-            news += "expect signal " + asWord(message.member);
-            news += message.client ? " client " + std::to_string(*message.client) + "\n" : "\n";
+        // No line of the scenario brings other programs to the bus.
+        const std::optional<int> client = peerOf_(message.to);
+        if (message.kind == "signal" && client) {
+            news += "expect signal " + asWord(message.member) + " client " +
+                    std::to_string(*client) + "\n";
         }
     }
     if (seen.popupIsUp && seen.popups != seen_.popups) {

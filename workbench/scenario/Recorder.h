@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "Circumstances.h"
 #include "Desk.h"
 #include "PortBoard.h"
 #include "SimulatedTv.h"
@@ -15,12 +16,19 @@ namespace workbench {
 
 class Recorder {
 public:
-    Recorder(simulated::SimulatedTv& tv, const TvState& state, const PortBoard& ports);
+    /// `peerOf` tells the workbench's own clients from others.
+    Recorder(simulated::SimulatedTv& tv,
+             const TvState& state,
+             const PortBoard& ports,
+             const Circumstances::PeerOf& peerOf);
 
-    /// Begin, with what the TV is set to and what is plugged in now.
-    void begin(const std::string& title, const Wire* wire);
-    /// The scenario so far.
-    std::string soFar() const { return text_ + news_; }
+    /// The bus messages, once there are any.
+    void setWire(const Wire* wire);
+
+    /// Begin, with the steps that bring a fresh TV to where this one is.
+    void begin(const std::string& title);
+    /// The scenario so far, without what may still be added to the news of this moment.
+    const std::string& soFar() const { return text_; }
     /// End; the scenario.
     std::string end();
     bool isRecording() const { return recording_; }
@@ -46,13 +54,13 @@ private:
     std::string newsUntil(const Seen& seen) const;
     void writeTime(std::int64_t time);
     void writeNews();
-    void writePlugged();
     void write(const std::string& line);
     Order translated(const Order& order) const;
 
     simulated::SimulatedTv& tv_;
-    const TvState& state_;
     const PortBoard& ports_;
+    Circumstances::PeerOf peerOf_;
+    Circumstances circumstances_;
     const Wire* wire_ = nullptr;
     bool recording_ = false;
     std::string title_;

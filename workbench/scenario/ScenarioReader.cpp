@@ -68,9 +68,8 @@ void checkKind(Expectation& expected) {
 void readClient(Expectation& expected, const Words& words, std::size_t& i) {
     if (i < words.size() && words[i].text == "client" && !signFollows(words, i)) {
         const std::string number = i + 1 < words.size() ? words[i + 1].text : "";
-        char* end = nullptr;
-        expected.client = static_cast<int>(g_ascii_strtoll(number.c_str(), &end, 10));
-        if (number.empty() || *end != '\0') {
+        expected.client = wholeNumber(number);
+        if (!expected.client) {
             throw ScenarioError("client NUMBER");
         }
         i += 2;

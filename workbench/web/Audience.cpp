@@ -62,9 +62,10 @@ void Audience::join(SoupWebsocketConnection* connection) {
     auto seat = std::make_unique<Seat>(Seat{number, true, false, nullptr});
     Seat& taken = *seat;
     seat->page = std::make_unique<Page>(
-        connection,
-        Page::Hooks{[this, number](Page&, const Json& order) { hooks_.ordered(number, order); },
-                    [&taken](Page&) { taken.isGone = true; }});
+        connection, Page::Hooks{[this, number](Page&, const Json& order, std::size_t bytes) {
+                                    hooks_.ordered(number, order, bytes);
+                                },
+                                [&taken](Page&) { taken.isGone = true; }});
     seats_.push_back(std::move(seat));
     Page& page = *taken.page;
     page.send(hooks_.hello());

@@ -22,8 +22,9 @@ public:
     struct Hooks {
         std::function<Mark()> mark;
         std::function<Json()> hello;
-        /// A page has given an order; it is only noted here. The page is known by its number.
-        std::function<void(unsigned page, const Json& order)> ordered;
+        /// A page has given an order, in a message of so many bytes; it is only noted here. The page is
+        /// known by its number.
+        std::function<void(unsigned page, const Json& order, std::size_t bytes)> ordered;
         /// The first page has come.
         std::function<void()> first;
     };

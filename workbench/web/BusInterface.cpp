@@ -34,12 +34,11 @@ std::string typeOf(const GDBusMethodInfo& method) {
 /// One word as the type of an argument wants it.
 Json valueOf(const std::string& word, const std::string& type) {
     if (type == "i") {
-        char* end = nullptr;
-        const std::int64_t number = g_ascii_strtoll(word.c_str(), &end, 10);
-        if (word.empty() || *end != '\0') {
-            throw OrderError("\"" + printable(word) + "\" is no number");
+        const std::optional<int> number = wholeNumber(word);
+        if (!number) {
+            throw OrderError("\"" + printable(word) + "\" is no number of 32 bits");
         }
-        return number;
+        return *number;
     }
     if (type == "b") {
         if (word != "yes" && word != "no") {
@@ -116,11 +115,20 @@ Variant BusInterface::arguments(const std::string& member, const Json& array) co
     if (wanted == 0) {
         return Variant(g_variant_ref_sink(g_variant_new("()")));
     }
+    const std::string are = "the arguments of " + member + " are " + type + ": ";
+    // What is out of range would be cut down in silence, and a text be taken for the number in it.
+    for (std::size_t i = 0; i < wanted; ++i) {
+        const Json value = array.at(i);
+        if (type[i + 1] == 'i' &&
+            !(value.isNumber() && wholeNumber(std::to_string(value.number())))) {
+            throw OrderError(are + printable(value.written()) + " is no number of 32 bits");
+        }
+    }
     GError* error = nullptr;
     GVariant* const variant = json_gvariant_deserialize(array.node(), type.c_str(), &error);
     if (variant == nullptr) {
         const OwnedError owned(error, g_error_free);
-        throw OrderError("the arguments of " + member + " are " + type + ": " + error->message);
+        throw OrderError(are + error->message);
     }
     return Variant(g_variant_ref_sink(variant));
 }

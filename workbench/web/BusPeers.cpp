@@ -7,7 +7,7 @@ namespace workbench {
 
 namespace {
 
-constexpr std::int64_t highestClient = 999;
+constexpr int highestClient = 999;
 
 /// For methods that may be asked for a reply but never give one.
 constexpr int patience = 5000;
@@ -24,15 +24,14 @@ Json failure(const GError* error) {
 }  // namespace
 
 void BusPeers::call(const Json& with, Answer reply) {
-    const std::int64_t number = with["client"].number(-1);
-    if (number < 0 || number > highestClient) {
+    const int client = wholeNumber(with, "client");
+    if (client < 0 || client > highestClient) {
         throw OrderError("clients have the numbers 0 to 999");
     }
     const std::string member = with["member"].text();
     const Json given = with["arguments"];
     Call call{member, interface_.arguments(member, given.isNull() ? Json::array() : given),
               with["noReply"].truth(!BusInterface::isAnswered(member)), std::move(reply)};
-    const auto client = static_cast<int>(number);
     const bool known = peers_.count(client) != 0;
     Peer& peer = peers_[client];
     if (peer.connection) {

@@ -2,6 +2,7 @@
 #include "ClockDial.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "TvFacts.h"
 
@@ -9,11 +10,11 @@ namespace workbench {
 
 namespace {
 
-constexpr std::int64_t slowest = 2;
-constexpr std::int64_t fastest = 600;
+constexpr int slowest = 2;
+constexpr int fastest = 600;
 
 /// A day: more than any timer takes.
-constexpr std::int64_t longestSkip = 86400000;
+constexpr int longestSkip = 86400000;
 
 /// The daemon's timers have no names, but each has an interval of its own.
 std::string purposeOf(const simulated::VirtualClock::Timer& timer) {
@@ -43,11 +44,11 @@ Json ClockDial::clock(const Json& with) {
     } else if (mode == "stopped") {
         tv_.clock().setRate(0);
     } else if (mode == "fast") {
-        const std::int64_t factor = with["factor"].number(factor_);
+        const int factor = wholeNumber(with, "factor", factor_);
         if (factor < slowest || factor > fastest) {
             throw OrderError("the clock goes 2 to 600 times as fast");
         }
-        factor_ = static_cast<int>(factor);
+        factor_ = factor;
         tv_.clock().setRate(factor_);
     } else {
         throw OrderError("the clock has the modes real, fast and stopped");
@@ -61,7 +62,7 @@ Json ClockDial::step() {
         if (timer.interval != watchdogInterval) {
             const std::string what = purposeOf(timer);
             const std::int64_t left = std::max<std::int64_t>(timer.due - tv_.clock().now(), 0);
-            tv_.advance(left);
+            pass(left);
             return Json::object({{"skippedMs", left}, {"what", what}});
         }
     }
@@ -69,12 +70,19 @@ Json ClockDial::step() {
 }
 
 Json ClockDial::skip(const Json& with) {
-    const std::int64_t time = with["ms"].number(-1);
+    const int time = wholeNumber(with, "ms");
     if (time < 0 || time > longestSkip) {
         throw OrderError("at most a day can be skipped");
     }
-    tv_.advance(time);
+    pass(time);
     return {};
+}
+
+void ClockDial::pass(std::int64_t milliseconds) {
+    const bool outer = std::exchange(isPassing_, true);
+    tv_.advance(milliseconds);
+    isPassing_ = outer;
+    ++passed_;
 }
 
 Json ClockDial::state(bool times) const {
@@ -94,8 +102,12 @@ Json ClockDial::state(bool times) const {
                                {"factor", factor_},
                                {"rate", static_cast<std::int64_t>(rate)},
                                {"timers", timers}});
-    if (times) {
+    // A page counts on by itself, but not over time that is passed at once.
+    if (times || isPassing_) {
         state.set("now", now);
+    }
+    if (!times) {
+        state.set("passed", passed_);
     }
     return state;
 }

@@ -16,12 +16,18 @@ public:
     Json step();
     Json skip(const Json& with);
 
-    /// The clock as the protocol has it. Without `times`, what only says how time passes is left out.
+    /// Lets time pass at once, until all is settled.
+    void pass(std::int64_t milliseconds);
+
+    /// The clock as the protocol has it. Without `times`, what only says how time passes is left out, but
+    /// not that it was passed at once.
     Json state(bool times) const;
 
 private:
     simulated::SimulatedTv& tv_;
     int factor_ = 30;
+    bool isPassing_ = false;    // at once
+    std::uint64_t passed_ = 0;  // how often it was
 };
 
 }  // namespace workbench

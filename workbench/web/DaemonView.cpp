@@ -94,6 +94,12 @@ Json DaemonView::daemon() const {
          {"breaches", breaches}});
 }
 
+std::string DaemonView::currentNode() {
+    _stMMDeviceState state;
+    static_cast<void>(MMReadDeviceState(state));
+    return state.pCurrentDevice == nullptr ? "" : state.pCurrentDevice->GetDeviceName();
+}
+
 std::optional<int> clientIdOf(const std::string& busName) {
     _stMMDeviceState state;
     static_cast<void>(MMReadDeviceState(state));

@@ -20,6 +20,9 @@ public:
     static Json devices();
     Json daemon() const;
 
+    /// The node of the device that the daemon deals with; "" for none.
+    static std::string currentNode();
+
 private:
     simulated::SimulatedTv& tv_;
     std::function<std::string(const std::string&)> nameOf_;

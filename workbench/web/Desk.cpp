@@ -23,10 +23,19 @@ void Desk::carryOut(const Order& order, const Answer& reply) const {
         reply({"there is no order \"" + printable(order.name) + "\"", {}});
         return;
     }
+    if (watcher_.before) {
+        watcher_.before(order);
+    }
+    const Answer answer = [this, order, reply](const Outcome& outcome) {
+        if (watcher_.after) {
+            watcher_.after(order, outcome);
+        }
+        reply(outcome);
+    };
     try {
-        deed->second(order.with, reply);
+        deed->second(order.with, answer);
     } catch (const OrderError& error) {
-        reply({error.what(), {}});
+        answer({error.what(), {}});
     }
 }
 

@@ -10,6 +10,12 @@ namespace {
 /// The parser recurses; no message is nested that deep.
 constexpr int deepest = 100;
 
+/// Each number with so many has a place in 64 bits.
+constexpr std::size_t mostDigits = 18;
+
+/// Of a code unit: "\u" and four digits.
+constexpr std::size_t escapeSize = 6;
+
 std::string sound(const std::string& text) {
     const std::unique_ptr<char, decltype(&g_free)> valid(
         g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
@@ -19,25 +25,70 @@ std::string sound(const std::string& text) {
     return result;
 }
 
-bool isTooDeep(const std::string& text) {
+/// The code unit that is escaped at `i` as "\uXXXX"; none when there is none.
+std::optional<unsigned> unitAt(const std::string& text, std::size_t i) {
+    if (i + escapeSize > text.size() || text[i] != '\\' || text[i + 1] != 'u') {
+        return std::nullopt;
+    }
+    unsigned unit = 0;
+    for (std::size_t k = i + 2; k < i + escapeSize; ++k) {
+        const int digit = g_ascii_xdigit_value(text[k]);
+        if (digit < 0) {
+            return std::nullopt;
+        }
+        unit = unit * 16 + static_cast<unsigned>(digit);
+    }
+    return unit;
+}
+
+/// What is escaped at `i`: in how many bytes, and whether it has no place in a text. For half of a surrogate
+/// pair json-glib would write bytes that are no UTF-8, and a zero would end the text.
+struct Escape {
+    std::size_t size;
+    bool isUnfit;
+};
+Escape escapeAt(const std::string& text, std::size_t i) {
+    const std::optional<unsigned> unit = unitAt(text, i);
+    if (!unit || *unit == 0) {
+        return {unit ? escapeSize : 2, unit.has_value()};
+    }
+    if (*unit < 0xD800 || *unit > 0xDFFF) {
+        return {escapeSize, false};
+    }
+    const std::optional<unsigned> next = unitAt(text, i + escapeSize);
+    const bool isPair = *unit < 0xDC00 && next && *next >= 0xDC00 && *next <= 0xDFFF;
+    return {isPair ? 2 * escapeSize : escapeSize, !isPair};
+}
+
+/// A JSON text as json-glib can take it. Throws JsonError for what it would misread in silence or not
+/// survive.
+std::string digestible(std::string text) {
     int depth = 0;
+    std::size_t digits = 0;
     bool quoted = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        if (quoted) {
-            i += c == '\\' ? 1 : 0;
-            quoted = c != '"';
-        } else if (c == '"') {
-            quoted = true;
-        } else if (c == '[' || c == '{') {
-            if (++depth > deepest) {
-                return true;
+        digits = !quoted && g_ascii_isdigit(c) != FALSE ? digits + 1 : 0;
+        if (digits > mostDigits) {
+            throw JsonError("a number of too many digits");
+        }
+        if (quoted && c == '\\') {
+            const Escape escape = escapeAt(text, i);
+            if (escape.isUnfit) {
+                text.replace(i, escape.size, R"(\ufffd)");
             }
-        } else if (c == ']' || c == '}') {
+            i += escape.size - 1;
+        } else if (c == '"') {
+            quoted = !quoted;
+        } else if (!quoted && (c == '[' || c == '{')) {
+            if (++depth > deepest) {
+                throw JsonError("nested too deeply");
+            }
+        } else if (!quoted && (c == ']' || c == '}')) {
             --depth;
         }
     }
-    return false;
+    return text;
 }
 
 JsonNode* newNode(JsonNodeType type) {
@@ -81,11 +132,9 @@ Json Json::array(const std::vector<Json>& elements) {
 }
 
 Json Json::parsed(const std::string& text) {
-    if (isTooDeep(text)) {
-        throw JsonError("nested too deeply");
-    }
+    const std::string sane = digestible(text);
     GError* error = nullptr;
-    JsonNode* const node = json_from_string(text.c_str(), &error);
+    JsonNode* const node = json_from_string(sane.c_str(), &error);
     if (error != nullptr) {
         const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
         throw JsonError(error->message);
@@ -110,8 +159,7 @@ bool Json::isText() const {
 }
 
 bool Json::isNumber() const {
-    return JSON_NODE_HOLDS_VALUE(node()) && (json_node_get_value_type(node()) == G_TYPE_INT64 ||
-                                             json_node_get_value_type(node()) == G_TYPE_DOUBLE);
+    return JSON_NODE_HOLDS_VALUE(node()) && json_node_get_value_type(node()) == G_TYPE_INT64;
 }
 
 bool Json::isBool() const {

@@ -48,13 +48,16 @@ public:
     static Json object(std::initializer_list<Member> members = {});
     static Json array(const std::vector<Json>& elements = {});
 
-    /// Throws JsonError; for texts nested deeper than any message is, too.
+    /// Throws JsonError; for texts nested deeper than any message is, and for numbers of more digits than
+    /// can be kept, too. A zero and half of a surrogate pair become U+FFFD, as they have no place in
+    /// a text.
     static Json parsed(const std::string& text);
 
     bool isNull() const;
     bool isObject() const;
     bool isArray() const;
     bool isText() const;
+    /// A whole number; one with a point or an exponent is none.
     bool isNumber() const;
     bool isBool() const;
 

@@ -18,4 +18,9 @@ void LogBook::onLine(const simulated::LogLine& line, void* data) {
                      line.message.substr(0, line.message.find_last_not_of('\n') + 1)});
 }
 
+void LogBook::warn(const std::string& message) {
+    constexpr int warning = 5;
+    lines_.add({tv_.clock().now(), warning, "portmeld-workbench", "", 0, message});
+}
+
 }  // namespace workbench

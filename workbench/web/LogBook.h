@@ -30,6 +30,8 @@ public:
 
     const Ring<LoggedLine>& lines() const { return lines_; }
     void clear() { lines_.clear(); }
+    /// Adds a warning of the workbench's own.
+    void warn(const std::string& message);
 
 private:
     static void onLine(const simulated::LogLine& line, void* data);

@@ -7,8 +7,8 @@
 #include <system_error>
 #include <vector>
 
+#include "BusConnection.h"
 #include "Languages.h"
-#include "Order.h"
 #include "Samples.h"
 #include "Text.h"
 
@@ -17,6 +17,9 @@ namespace fs = std::filesystem;
 namespace workbench {
 
 namespace {
+
+/// Of GLib's threads each takes one.
+constexpr int mostLooks = 4;
 
 /// What a folder holds, by name; nothing when it cannot be read.
 std::vector<fs::directory_entry> sortedEntries(const fs::path& folder, std::error_code& error) {
@@ -85,8 +88,10 @@ Json Offers::hello(std::int64_t now) const {
                          {"methods", methods_}});
 }
 
-Json Offers::folders(const Json& with) {
-    const std::string wanted = with["path"].text(g_get_home_dir());
+namespace {
+
+/// What is in a folder, as the protocol has it.
+Outcome lookInto(const std::string& wanted) {
     std::error_code error;
     const fs::path folder = fs::canonical(wanted, error);
     Json names = Json::array();
@@ -100,12 +105,49 @@ Json Offers::folders(const Json& with) {
         }
     }
     if (error) {
-        throw OrderError("\"" + printable(wanted) + "\" cannot be looked into: " + error.message());
+        return {"\"" + printable(wanted) + "\" cannot be looked into: " + error.message(), {}};
     }
     const bool isRoot = folder == folder.root_path();
-    return Json::object({{"path", folder.string()},
-                         {"parent", isRoot ? Json() : Json(folder.parent_path().string())},
-                         {"folders", names}});
+    return {"", Json::object({{"path", folder.string()},
+                              {"parent", isRoot ? Json() : Json(folder.parent_path().string())},
+                              {"folders", names}})};
+}
+
+struct Look {
+    std::string wanted;
+    Outcome outcome;
+    std::function<void(const Outcome&)> done;
+};
+
+void look(GTask* task, gpointer, gpointer data, GCancellable*) {
+    Look& one = *static_cast<Look*>(data);
+    one.outcome = lookInto(one.wanted);
+    g_task_return_boolean(task, TRUE);
+}
+
+void onLooked(GObject*, GAsyncResult* result, gpointer) {
+    const Look& one = *static_cast<Look*>(g_task_get_task_data(G_TASK(result)));
+    one.done(one.outcome);
+}
+
+}  // namespace
+
+void Offers::folders(const Json& with, Answer reply) {
+    if (looks_ >= mostLooks) {
+        throw OrderError("folders that were asked for before do not answer yet");
+    }
+    ++looks_;
+    auto one = std::make_unique<Look>();
+    one->wanted = with["path"].text(g_get_home_dir());
+    one->done = [this, reply = std::move(reply)](const Outcome& outcome) {
+        --looks_;
+        reply(outcome);
+    };
+    const std::unique_ptr<GTask, ObjectDeleter> task(
+        g_task_new(nullptr, nullptr, onLooked, nullptr));
+    g_task_set_task_data(task.get(), one.release(),
+                         [](gpointer data) { delete static_cast<Look*>(data); });
+    g_task_run_in_thread(task.get(), look);
 }
 
 }  // namespace workbench

@@ -6,6 +6,7 @@
 
 #include "BusInterface.h"
 #include "Json.h"
+#include "Order.h"
 #include "Stage.h"
 
 namespace workbench {
@@ -17,13 +18,15 @@ public:
     /// The greeting of a page, as the protocol has it.
     Json hello(std::int64_t now) const;
 
-    /// The order `folders`. Throws OrderError.
-    static Json folders(const Json& with);
+    /// The order `folders`. A mount can keep whoever looks into it waiting for ever: a thread does.
+    /// Throws OrderError.
+    void folders(const Json& with, Answer reply);
 
 private:
     std::string busAddress_;
     Json methods_;
     Json languages_;
+    int looks_ = 0;  // under way
 };
 
 }  // namespace workbench

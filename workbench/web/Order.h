@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -18,6 +19,14 @@ struct Order {
 struct OrderError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+/// A word as a whole number of 32 bits; none when it is anything else.
+std::optional<int> wholeNumber(const std::string& word);
+
+/// The whole number of 32 bits that an order has under a name. Throws OrderError when there is none.
+int wholeNumber(const Json& with, const char* name);
+/// The same for one that may be left out.
+int wholeNumber(const Json& with, const char* name, int otherwise);
 
 struct Outcome {
     std::string error;  ///< "" when it was carried out

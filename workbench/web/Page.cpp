@@ -12,6 +12,7 @@ constexpr std::size_t mostUnseenBytes = 1U << 20U;
 
 /// Answers cannot be held back; a page that gives orders but never acknowledges is let go.
 constexpr std::size_t tooManyUnseen = 10000;
+constexpr std::size_t tooManyUnseenBytes = 8U << 20U;
 
 constexpr guint64 longestOrder = 1U << 20U;
 
@@ -56,7 +57,7 @@ void Page::write(const std::string& text) {
     ++next_;
     unseen_.push_back(text.size());
     unseenBytes_ += text.size();
-    if (unseen_.size() > tooManyUnseen) {
+    if (unseen_.size() > tooManyUnseen || unseenBytes_ > tooManyUnseenBytes) {
         soup_websocket_connection_close(connection_.get(), SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION,
                                         "nothing was acknowledged");
         return;
@@ -88,7 +89,7 @@ void Page::onMessage(SoupWebsocketConnection*, int, GBytes* bytes, gpointer data
         const std::int64_t number = order["with"]["seq"].number();
         self.acknowledge(static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0)));
     } else {
-        self.hooks_.ordered(self, order);
+        self.hooks_.ordered(self, order, size);
     }
 }
 

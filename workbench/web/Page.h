@@ -19,7 +19,8 @@ namespace workbench {
 class Page {
 public:
     struct Hooks {
-        std::function<void(Page&, const Json&)> ordered;
+        /// An order, and the size of its message in bytes.
+        std::function<void(Page&, const Json&, std::size_t)> ordered;
         std::function<void(Page&)> gone;
     };
 

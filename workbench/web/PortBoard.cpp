@@ -16,7 +16,7 @@ namespace workbench {
 
 namespace {
 
-constexpr std::int64_t mostOnHub = 32;
+constexpr int mostOnHub = 32;
 
 const std::map<std::string, int>& fileSystems() {
     static const std::map<std::string, int> numbers = {{"fat", USB_FILESYSTEM_FAT},
@@ -148,14 +148,14 @@ Json PortBoard::plugCamera(const Json& with) {
 }
 
 Json PortBoard::hub(const Json& with) {
-    const std::int64_t count = with["count"].number();
+    const int count = wholeNumber(with, "count");
     if (count < 1 || count > mostOnHub) {
         throw OrderError("a hub takes 1 to " + std::to_string(mostOnHub) + " sticks");
     }
     const std::vector<std::string> contents = {"one-photo", "one-film", "one-song", "mixed"};
     Json numbers = Json::array();
     ++plugs_;
-    for (std::int64_t i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i) {
         simulated::UsbDevice properties;
         properties.product = "Hub Stick " + std::to_string(i + 1);
         properties.serial = serialOfNext();
@@ -166,8 +166,8 @@ Json PortBoard::hub(const Json& with) {
 }
 
 PortBoard::Port& PortBoard::plugged(const Json& with) {
-    const std::int64_t number = with["port"].number();
-    if (number < 1 || number > static_cast<std::int64_t>(ports_.size())) {
+    const int number = wholeNumber(with, "port");
+    if (number < 1 || number > static_cast<int>(ports_.size())) {
         throw OrderError("there is no port " + std::to_string(number));
     }
     Port& port = ports_[static_cast<std::size_t>(number) - 1];
@@ -189,26 +189,37 @@ Json PortBoard::mount(const Json& with) {
 
 Json PortBoard::pull(const Json& with) {
     Port& port = plugged(with);
-    port.plugged = port.mounted = false;
-    const bool scanned = isScanned(port);
-    if (!with["busy"].truth() || scanned) {
-        tv_.ports().pull(port.id);
-        return {};
-    }
-    const auto& scans = tv_.scanner().started();
-    if (!port.folder || scans.empty() || scans.back() != *port.folder) {
-        port.plugged = port.mounted = true;
+    const bool isBusy = with["busy"].truth();
+    if (isBusy && scanned_ != &port) {
         throw OrderError("it is not busy: the last content scan was not of this one");
     }
+    const bool comesLate = isBusy && !isScanned(port);
+    port.plugged = port.mounted = false;
     tv_.ports().pull(port.id);
-    tv_.scanner().reportAgain();
+    if (comesLate) {
+        tv_.scanner().reportAgain();
+    }
     return {};
+}
+
+void PortBoard::look(const std::string& current) {
+    const auto& scans = tv_.scanner().started();
+    if (scans.size() == scans_) {
+        return;
+    }
+    scans_ = scans.size();
+    scanned_ = nullptr;
+    for (const Port& port : ports_) {
+        if (port.mounted && port.folder == scans.back() &&
+            tv_.ports().device(port.id).devname == current) {
+            scanned_ = &port;
+        }
+    }
 }
 
 /// Whether a content scan of it is under way. The daemon scans one device at a time.
 bool PortBoard::isScanned(const Port& port) const {
-    const auto& scans = tv_.scanner().started();
-    return tv_.scanner().running() > 0 && port.folder && scans.back() == *port.folder;
+    return tv_.scanner().running() > 0 && scanned_ == &port;
 }
 
 Json PortBoard::state(const std::optional<simulated::Launch>& front) const {

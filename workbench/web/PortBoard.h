@@ -37,6 +37,10 @@ public:
     Json mount(const Json& with);
     Json pull(const Json& with);
 
+    /// To be called in every turn of the loop: notes of which port a content scan is that has begun.
+    /// `current` is the node of the device that the daemon deals with.
+    void look(const std::string& current);
+
     /// What is plugged in, as the protocol has it. `front` is the application in front with what it was
     /// given, to tell what is busy.
     Json state(const std::optional<simulated::Launch>& front) const;
@@ -60,7 +64,9 @@ private:
     std::string samples_;
     std::string empty_;
     std::deque<Port> ports_;
-    int plugs_ = 0;  // orders that plugged something in
+    int plugs_ = 0;                  // orders that plugged something in
+    std::size_t scans_ = 0;          // that were looked at
+    const Port* scanned_ = nullptr;  // by the last of them
 };
 
 }  // namespace workbench

@@ -47,10 +47,10 @@ void RemoteControl::pressButton(int button) {
 }
 
 Json RemoteControl::press(const Json& with) {
-    if (!with["button"].isNumber()) {
+    if (with["button"].isNull()) {
         throw OrderError("which button?");
     }
-    pressButton(static_cast<int>(std::clamp<std::int64_t>(with["button"].number(), -1, 2)));
+    pressButton(wholeNumber(with, "button"));
     return {};
 }
 
@@ -187,9 +187,10 @@ Json RemoteControl::launched() const {
 }
 
 bool RemoteControl::isPicture(const std::string& path) const {
-    const simulated::Popup* const popup = tv_.screen().popup();
-    return popup != nullptr && (path == popup->sourceIcon || path == popup->firstButtonIcon ||
-                                path == popup->secondButtonIcon);
+    // A page may show a pop-up a little longer than it is up.
+    const std::vector<simulated::Popup>& all = tv_.screen().history();
+    return !all.empty() && (path == all.back().sourceIcon || path == all.back().firstButtonIcon ||
+                            path == all.back().secondButtonIcon);
 }
 
 }  // namespace workbench

@@ -33,7 +33,7 @@ public:
     /// The launch of the application in front.
     std::optional<simulated::Launch> front() const;
 
-    /// Whether a path is that of a picture of the pop-up that is up.
+    /// Whether a path is that of a picture of the pop-up that is up, or was the last that was.
     bool isPicture(const std::string& path) const;
 
     /// To be called in every turn of the loop: notes what a pop-up that has come up looks like.

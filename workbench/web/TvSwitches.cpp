@@ -2,8 +2,6 @@
 // service.
 #include "TvSwitches.h"
 
-#include <limits>
-
 #include "Text.h"
 #include "TvFacts.h"
 
@@ -36,15 +34,6 @@ std::string textOf(simulated::SimulatedTv& tv, const char* key) {
     return text == nullptr ? "" : *text;
 }
 
-int wholeNumber(const Json& value) {
-    using Limits = std::numeric_limits<int>;
-    const std::int64_t number = value.number();
-    if (!value.isNumber() || number < Limits::min() || number > Limits::max()) {
-        throw OrderError("the value is no number that fits");
-    }
-    return static_cast<int>(number);
-}
-
 bool truthOf(const Json& value) {
     if (!value.isBool()) {
         throw OrderError("the value is neither true nor false");
@@ -70,22 +59,30 @@ void letFail(simulated::SimulatedTv& tv, const char* function, bool on) {
 Json TvSwitches::setting(const Json& with) {
     std::string key = with["key"].text();
     std::string type = with["type"].text();
-    for (const Named& one : named) {
-        if (key == one.name) {
-            key = one.key;
-            type = one.type;
-        }
-    }
     if (key.empty()) {
         throw OrderError("which setting?");
     }
+    bool isShopMode = false;
+    for (const Named& one : named) {
+        if (key != one.name && key != one.key) {
+            continue;
+        }
+        // The store's number for the shop mode has two values that people can name.
+        isShopMode = one.key == std::string(useModeKey);
+        const std::string right = isShopMode && key == one.key ? "int" : one.type;
+        if (!type.empty() && type != right) {
+            throw OrderError(key + " has the type " + right);
+        }
+        key = one.key;
+        type = right;
+    }
     const Json value = with["value"];
-    if (key == useModeKey && type == "bool") {
+    if (isShopMode && type == "bool") {
         tv_.settings().set(key, truthOf(value) ? useModeShop : useModeHome);
     } else if (type == "bool") {
         tv_.settings().set(key, truthOf(value));
     } else if (type == "int") {
-        tv_.settings().set(key, wholeNumber(value));
+        tv_.settings().set(key, wholeNumber(with, "value"));
     } else if (type == "string") {
         const std::string text = wordOf(value);
         if (key == languageKey && !knowsLanguage_(text)) {
@@ -99,7 +96,7 @@ Json TvSwitches::setting(const Json& with) {
 }
 
 Json TvSwitches::context(const Json& with) {
-    tv_.small().contextState = wholeNumber(with["bits"]);
+    tv_.small().contextState = wholeNumber(with, "bits");
     return {};
 }
 

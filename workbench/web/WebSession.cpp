@@ -41,11 +41,11 @@ std::string contentsOf(const std::string& file) {
     return text;
 }
 
-void complain(const std::string& text) {
+}  // namespace
+
+void WebSession::complain(const std::string& text) {
     static_cast<void>(std::fprintf(stderr, "portmeld-workbench: %s\n", text.c_str()));
 }
-
-}  // namespace
 
 WebSession::WebSession(simulated::SimulatedTv& tv,
                        const Stage& stage,
@@ -66,13 +66,15 @@ WebSession::WebSession(simulated::SimulatedTv& tv,
       audience_(state_,
                 log_,
                 {[this] { return mark(); }, [this] { return offers_.hello(tv_.clock().now()); },
-                 [this](unsigned page, const Json& order) {
-                     orders_.push_back({page, order["id"], {order["do"].text(), order["with"]}});
+                 [this](unsigned page, const Json& order, std::size_t bytes) {
+                     takeOrder(page, order, bytes);
                  },
-                 [this] { plugSticks(); }}),
+                 [this] { welcome(); }}),
       checker_(tv, state_, log_, [this] { return hasBus_ ? &*wire_ : nullptr; }),
       player_(desk_, checker_, playerHooks()),
-      recorder_(tv, state_, ports_) {
+      recorder_(tv, state_, ports_, [this](const std::string& busName) {
+          return peers_.numberOf(busName);
+      }) {
     tv_.journal().setLimit(journalLimit);
     if (!arguments.replay.empty()) {
         try {
@@ -82,6 +84,14 @@ WebSession::WebSession(simulated::SimulatedTv& tv,
             throw ArgumentsError(arguments.replay + ": " + error.what());
         }
     }
+    if (!arguments.record.empty()) {
+        recordFile_.emplace(arguments.record);
+    }
+    desk_.setWatcher({[this](const Order& order) { recorder_.before(order); },
+                      [this](const Order& order, const Outcome& outcome) {
+                          recorder_.after(order, outcome.error.empty());
+                          saveRecording();
+                      }});
     offerOrders();
     offerScenarioOrders();
     describeState();
@@ -107,12 +117,13 @@ void WebSession::listen() {
         sources_.push_back(whenSignalled(signal, leave));
     }
     sources_.push_back(whenever(
-        G_PRIORITY_DEFAULT, [this] { return begun_ && !orders_.empty() && heard_ != Bus::Asked; },
+        G_PRIORITY_DEFAULT, [this] { return begun_ && !orders_.isEmpty() && heard_ != Bus::Asked; },
         [this] { carryOutNext(); }));
     sources_.push_back(whenever(
         G_PRIORITY_DEFAULT,
         [this] {
             remote_.look();
+            ports_.look(DaemonView::currentNode());
             recorder_.look();
             return audience_.hasNews();
         },
@@ -153,7 +164,9 @@ void WebSession::offerOrders() {
             {{"line", interface_.commandLine(busAddress_, with["member"].text(),
                                              given.isNull() ? Json::array() : given)}});
     });
-    desk_.offer("folders", [](const Json& with) { return Offers::folders(with); });
+    desk_.offerLater("folders", [this](const Json& with, Answer reply) {
+        offers_.folders(with, std::move(reply));
+    });
     desk_.offer("clearLog", [this](const Json&) {
         log_.clear();
         audience_.clearLog();
@@ -166,12 +179,13 @@ void WebSession::offerOrders() {
 }
 
 void WebSession::describeState() {
+    // First, as times of all others are reckoned from it.
+    state_.add("clock", [this](bool times) { return clock_.state(times); });
     state_.add("popup", [this](bool times) { return remote_.popup(times); });
     state_.add("launched", [this](bool) { return remote_.launched(); });
     state_.add("devices", [](bool) { return DaemonView::devices(); });
     state_.add("daemon", [this](bool) { return daemon_.daemon(); });
     state_.add("ports", [this](bool) { return ports_.state(remote_.front()); });
-    state_.add("clock", [this](bool times) { return clock_.state(times); });
     state_.add("settings", [this](bool) { return switches_.settings(); });
     state_.add("context", [this](bool) { return switches_.contextState(); });
     state_.add("power", [this](bool) { return Json(remote_.power()); });
@@ -200,10 +214,16 @@ int WebSession::run() {
             return false;
         }));
     });
-    saveRecording();
+    if (recorder_.isRecording()) {
+        static_cast<void>(endRecording());
+    }
     tv_.checkLeaks();
     for (const std::string& breach : tv_.journal().breaches()) {
         complain("portmeld broke a rule of the platform: " + breach);
+    }
+    if (arguments_.isHeadless && !isReplayed_) {
+        complain("the scenario was not replayed to its end");
+        status_ = 1;
     }
     return status != 0 || !tv_.journal().breaches().empty() ? 1 : status_;
 }
@@ -216,16 +236,18 @@ void WebSession::begin() {
             open();
         }
     };
-    wire_.emplace(busAddress_, Wire::Hooks{[this] { return tv_.clock().now(); },
-                                           [this](const std::string& name) {
-                                               const std::optional<int> own = peers_.numberOf(name);
-                                               return own ? own : clientIdOf(name);
-                                           },
-                                           [this] {
-                                               hasBus_ = true;
-                                               open();
-                                           },
-                                           withoutBus});
+    wire_.emplace(busAddress_,
+                  Wire::Hooks{[this] { return tv_.clock().now(); },
+                              [this](const std::string& name) {
+                                  const std::optional<int> own = peers_.numberOf(name);
+                                  return own ? own : clientIdOf(name);
+                              },
+                              [this] {
+                                  hasBus_ = true;
+                                  recorder_.setWire(&*wire_);
+                                  open();
+                              },
+                              withoutBus, [this](const std::string& why) { loseBus(why); }});
     audience_.setWire(&*wire_);
     sources_.push_back(everyMilliseconds(appearMilliseconds, [withoutBus] {
         withoutBus("the daemon has not appeared on it");
@@ -243,29 +265,45 @@ void WebSession::open() {
                                        {"arguments", Json::array({"workbench", ownClient})}});
     desk_.carryOut({"call", connect}, [this](const Outcome&) {
         begun_ = true;
-        if (!arguments_.record.empty()) {
-            recorder_.begin("", hasBus_ ? &*wire_ : nullptr);
-        }
-        if (!arguments_.replay.empty()) {
-            player_.start(wanted_);
+        if (recordFile_) {
+            recorder_.begin("");
+            saveRecording();
         }
         if (server_) {
             static_cast<void>(std::printf("Open %s\n", server_->address().c_str()));
             static_cast<void>(std::fflush(stdout));
+            if (wanted_) {
+                complain("the scenario is replayed as soon as the page is open");
+            }
         }
+        startReplay();
     });
+}
+
+/// The first page has come.
+void WebSession::welcome() {
+    pageHasCome_ = true;
+    plugSticks();
+    startReplay();
 }
 
 /// Sticks come when somebody is there to see them.
 void WebSession::plugSticks() {
     for (const StickWish& stick : arguments_.sticks) {
-        orders_.push_back(
-            {0,
-             {},
-             {"plugFolder", Json::object({{"path", stick.folder}, {"title", stick.product}})}});
+        const Json with = Json::object({{"path", stick.folder}, {"title", stick.product}});
+        static_cast<void>(orders_.add({0, {}, {"plugFolder", with}, 0}));
     }
     if (arguments_.sticks.empty() && arguments_.replay.empty() && !arguments_.isBare) {
-        orders_.push_back({0, {}, {"plugSample", Json::object({{"id", "one-photo"}})}});
+        const Json with = Json::object({{"id", "one-photo"}});
+        static_cast<void>(orders_.add({0, {}, {"plugSample", with}, 0}));
+    }
+}
+
+void WebSession::takeOrder(unsigned page, const Json& order, std::size_t bytes) {
+    if (!orders_.add({page, order["id"], {order["do"].text(), order["with"]}, bytes})) {
+        audience_.tell(page, Json::object({{"type", "failed"},
+                                           {"id", order["id"]},
+                                           {"error", "too many orders wait for their turn"}}));
     }
 }
 
@@ -279,17 +317,13 @@ void WebSession::carryOutNext() {
         return;
     }
     heard_ = Bus::Behind;
-    const Ordered next = orders_.front();
-    orders_.pop_front();
-    recorder_.before(next.order);
+    const OrderQueue::Waiting next = orders_.take();
     desk_.carryOut(next.order, [this, next](const Outcome& outcome) {
         ++touched_;
-        recorder_.after(next.order, outcome.error.empty());
         Json message =
             Json::object({{"type", outcome.error.empty() ? "done" : "failed"}, {"id", next.id}});
         if (outcome.error.empty()) {
             message.set("result", outcome.result);
-            saveRecording();
         } else {
             message.set("error", outcome.error);
         }

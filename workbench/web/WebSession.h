@@ -2,7 +2,6 @@
 // steps of scenarios are carried out, news is told. The wiring of the web form; each part does its own.
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,8 +18,10 @@
 #include "LogBook.h"
 #include "Loop.h"
 #include "Offers.h"
+#include "OrderQueue.h"
 #include "Player.h"
 #include "PortBoard.h"
+#include "RecordFile.h"
 #include "Recorder.h"
 #include "RemoteControl.h"
 #include "SimulatedTv.h"
@@ -44,24 +45,26 @@ public:
     int run();
 
 private:
-    struct Ordered {
-        unsigned page;
-        Json id;
-        Order order;
-    };
     void offerOrders();
     void offerScenarioOrders();
     void describeState();
     void listen();
     void begin();
     void open();
+    void welcome();
     void plugSticks();
+    void startReplay();
+    void stopReplay();
+    void takeOrder(unsigned page, const Json& order, std::size_t bytes);
     void carryOutNext();
     std::vector<Step> behindPlugged(std::vector<Step> steps) const;
     Player::Hooks playerHooks();
     void tellStep(const Step& step, const std::string& error);
     void endReplay(bool allWell);
     void saveRecording();
+    std::string endRecording();
+    void loseBus(const std::string& reason);
+    static void complain(const std::string& text);
     Mark mark() const;
 
     simulated::SimulatedTv& tv_;
@@ -88,10 +91,14 @@ private:
 
     bool begun_ = false;
     bool hasBus_ = false;
-    int status_ = 0;             // of the program
-    std::vector<Step> wanted_;   // to be replayed at the beginning
+    bool pageHasCome_ = false;
+    bool isReplayed_ = false;                  // to its end, without a page
+    int status_ = 0;                           // of the program
+    std::optional<std::vector<Step>> wanted_;  // to be replayed at the beginning
+    unsigned waitTimer_ = 0;                   // of the replay that lets time pass; 0 for none
+    std::optional<RecordFile> recordFile_;
     std::uint64_t touched_ = 0;  // orders carried out
-    std::deque<Ordered> orders_;
+    OrderQueue orders_;
     enum class Bus { Behind, Asked, Heard };
     Bus heard_ = Bus::Behind;  // whether what was said before the next order is heard
     std::vector<Source> sources_;

@@ -12,14 +12,13 @@ void WebSession::offerScenarioOrders() {
             if (recorder_.isRecording()) {
                 throw OrderError("a recording is under way");
             }
-            recorder_.begin(with["title"].text(), hasBus_ ? &*wire_ : nullptr);
+            recorder_.begin(with["title"].text());
             return {};
         }
         if (!recorder_.isRecording()) {
             throw OrderError("nothing is being recorded");
         }
-        saveRecording();
-        return recorder_.end();
+        return endRecording();
     });
     desk_.offer("replay", [this](const Json& with) {
         if (player_.isPlaying()) {
@@ -35,7 +34,7 @@ void WebSession::offerScenarioOrders() {
         return Json();
     });
     desk_.offer("stopReplay", [this](const Json&) {
-        player_.stop();
+        stopReplay();
         return Json();
     });
 }
@@ -63,11 +62,17 @@ Player::Hooks WebSession::playerHooks() {
             [this] { return tv_.scanner().walking(); },
             [this](std::int64_t milliseconds, const std::function<void()>& done) {
                 if (arguments_.isHeadless || tv_.clock().rate() <= 0) {
-                    tv_.advance(milliseconds);
+                    clock_.pass(milliseconds);
                     done();
                 } else {
-                    tv_.clock().add(static_cast<unsigned>(milliseconds), done,
-                                    "the scenario that is replayed goes on");
+                    waitTimer_ = tv_.clock().add(
+                        static_cast<unsigned>(milliseconds),
+                        [this, done] {
+                            waitTimer_ = 0;
+                            done();
+                        },
+                        "the scenario that is replayed goes on");
+                    ++touched_;
                 }
             },
             [this](const Step& step, const std::string& error) { tellStep(step, error); },
@@ -80,6 +85,7 @@ void WebSession::tellStep(const Step& step, const std::string& error) {
         static_cast<void>(std::printf("%s %d %s%s%s\n", error.empty() ? "ok" : "not ok", step.line,
                                       step.text.c_str(), error.empty() ? "" : " # ",
                                       error.c_str()));
+        static_cast<void>(std::fflush(stdout));
     }
     audience_.tellAll(Json::object({{"type", "replay"},
                                     {"line", step.line},
@@ -93,21 +99,61 @@ void WebSession::endReplay(bool allWell) {
     audience_.tellAll(Json::object({{"type", "replayEnd"}, {"ok", allWell}, {"error", Json()}}));
     if (arguments_.isHeadless) {
         static_cast<void>(std::puts(allWell ? "all expectations held" : "something went wrong"));
+        isReplayed_ = true;
         status_ = allWell ? 0 : 1;
         leaveDaemonLoop();
     }
 }
 
-void WebSession::saveRecording() {
-    if (arguments_.record.empty() || !recorder_.isRecording()) {
+/// The scenario of the command line, once somebody watches or nobody is going to.
+void WebSession::startReplay() {
+    if (wanted_ && begun_ && (pageHasCome_ || arguments_.isHeadless)) {
+        player_.start(std::move(*wanted_));
+        wanted_.reset();
+    }
+}
+
+void WebSession::stopReplay() {
+    if (!player_.isPlaying()) {
         return;
     }
-    const std::string text = recorder_.soFar();
-    GError* error = nullptr;
-    if (g_file_set_contents(arguments_.record.c_str(), text.c_str(),
-                            static_cast<gssize>(text.size()), &error) == FALSE) {
-        const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
-        static_cast<void>(std::fprintf(stderr, "portmeld-workbench: %s\n", error->message));
+    player_.stop();
+    if (waitTimer_ != 0) {
+        g_source_remove(waitTimer_);
+        waitTimer_ = 0;
+    }
+    audience_.tellAll(
+        Json::object({{"type", "replayEnd"}, {"ok", false}, {"error", "it was stopped"}}));
+}
+
+/// The file of the command line follows the recording that began with the program.
+void WebSession::saveRecording() {
+    if (!recordFile_ || !recorder_.isRecording()) {
+        return;
+    }
+    const std::string reason = recordFile_->follow(recorder_.soFar());
+    if (!reason.empty()) {
+        complain(reason);
+    }
+}
+
+std::string WebSession::endRecording() {
+    const std::string text = recorder_.end();
+    const std::string reason = recordFile_ ? recordFile_->follow(text) : "";
+    if (!reason.empty()) {
+        complain(reason);
+    }
+    recordFile_.reset();
+    return text;
+}
+
+/// Nothing that is said on the bus is heard from now on; without a page that is the end.
+void WebSession::loseBus(const std::string& reason) {
+    const std::string text = "nothing of the bus is heard any more: " + reason;
+    complain(text);
+    log_.warn(text);
+    if (arguments_.isHeadless) {
+        leaveDaemonLoop();
     }
 }
 

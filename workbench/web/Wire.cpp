@@ -60,10 +60,16 @@ Wire::~Wire() {
     if (filter_ != 0) {
         g_dbus_connection_remove_filter(monitor_.get(), filter_);
     }
+    for (const Connection* const connection : {&probe_, &monitor_}) {
+        if (*connection) {
+            g_signal_handlers_disconnect_by_data(connection->get(), this);
+        }
+    }
 }
 
 void Wire::watch(Connection connection) {
     probe_ = std::move(connection);
+    g_signal_connect(probe_.get(), "closed", G_CALLBACK(onClosed), this);
     watch_ =
         g_bus_watch_name_on_connection(probe_.get(), daemonBusName, G_BUS_NAME_WATCHER_FLAGS_NONE,
                                        onAppeared, nullptr, this, nullptr);
@@ -84,6 +90,7 @@ void Wire::onAppeared(GDBusConnection*, const char*, const char* owner, gpointer
 
 void Wire::monitor(Connection connection) {
     monitor_ = std::move(connection);
+    g_signal_connect(monitor_.get(), "closed", G_CALLBACK(onClosed), this);
     filter_ = g_dbus_connection_add_filter(
         monitor_.get(), onMessage, new std::shared_ptr<Inbox>(inbox_),
         [](gpointer inbox) { delete static_cast<std::shared_ptr<Inbox>*>(inbox); });
@@ -96,6 +103,24 @@ void Wire::monitor(Connection connection) {
                       hooks_.ready();
                   }
               });
+}
+
+void Wire::onClosed(GDBusConnection*, gboolean, GError* error, gpointer data) {
+    static_cast<Wire*>(data)->lose(error == nullptr ? "it was closed" : error->message);
+}
+
+/// Whoever waits waits no longer.
+void Wire::lose(const std::string& reason) {
+    if (isLost_) {
+        return;
+    }
+    isLost_ = true;
+    const auto waiting = std::move(waiting_);
+    waiting_.clear();
+    hooks_.lost(reason);
+    for (const auto& [serial, done] : waiting) {
+        done();
+    }
 }
 
 GDBusMessage* Wire::onMessage(GDBusConnection* connection,
@@ -174,9 +199,16 @@ void Wire::sync(std::function<void()> done) {
         daemonBusName, daemonObject, "org.freedesktop.DBus.Properties", "GetAll"));
     g_dbus_message_set_body(message.get(), g_variant_new("(s)", daemonInterface));
     guint32 serial = 0;
+    if (isLost_) {
+        done();
+        return;
+    }
     if (g_dbus_connection_send_message(probe_.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE,
                                        &serial, nullptr) != FALSE) {
         waiting_[serial] = std::move(done);
+    } else {
+        lose("it takes no message");
+        done();
     }
 }
 

@@ -39,6 +39,8 @@ public:
         std::function<void()> ready;
         /// It cannot listen; why.
         std::function<void(const std::string&)> failed;
+        /// It listened, and hears nothing any more; why.
+        std::function<void(const std::string&)> lost;
     };
 
     static constexpr std::size_t mostMessages = 10000;
@@ -51,19 +53,22 @@ public:
 
     const Ring<WireMessage>& messages() const { return messages_; }
 
-    /// Calls `done` once everything that the daemon has received and sent until now is in messages().
+    /// Calls `done` once everything that the daemon has received and sent until now is in messages(); at
+    /// once when nothing is heard any more.
     void sync(std::function<void()> done);
 
 private:
     struct Inbox;
     void watch(Connection connection);
     void monitor(Connection connection);
+    void lose(const std::string& reason);
     void take(GDBusMessage* message);
     std::string memberOfCall(const std::string& caller, std::uint32_t serial) const;
     static GDBusMessage* onMessage(GDBusConnection* connection,
                                    GDBusMessage* message,
                                    gboolean incoming,
                                    gpointer data);
+    static void onClosed(GDBusConnection*, gboolean, GError* error, gpointer data);
     static void onAppeared(GDBusConnection* connection,
                            const char* name,
                            const char* owner,
@@ -77,6 +82,7 @@ private:
     Connection monitor_;  // hears everything
     unsigned watch_ = 0;
     unsigned filter_ = 0;
+    bool isLost_ = false;
     std::string daemon_;                                      // its unique name
     std::map<std::uint32_t, std::function<void()>> waiting_;  // by the serial of the probe's call
     Cancellable cancellable_;

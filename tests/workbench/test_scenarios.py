@@ -10,7 +10,7 @@ import time
 import pytest
 
 from web_process import Failed, replayed
-from workbench_process import environment, program, temporary_folder
+from workbench_process import environment, program, temporary_folder, until
 
 SCENARIOS = pathlib.Path(__file__).resolve().parents[2] / "workbench" / "scenarios"
 
@@ -311,7 +311,7 @@ def test_a_replay_in_a_page_takes_its_time_and_can_be_stopped(web):
     with pytest.raises(Failed, match="is being replayed"):
         page.order("replay", text=HEAD)
     waits = "the scenario that is replayed goes on"
-    assert waits in [timer["what"] for timer in page.state["clock"]["timers"]]
+    page.until(lambda: waits in [timer["what"] for timer in page.state["clock"]["timers"]])
     page.order("stopReplay")
     page.until(lambda: page.state["replaying"] is None)
     page.until(lambda: waits not in [timer["what"] for timer in page.state["clock"]["timers"]])
@@ -325,7 +325,8 @@ def test_a_replay_can_be_watched_from_the_beginning(web, tmp_path):
     file = tmp_path / "film.scenario"
     file.write_text((SCENARIOS / "stick-with-one-film.scenario").read_text())
     run = web("--replay", file)
-    assert run.errors == "portmeld-workbench: the scenario is replayed as soon as the page is open\n"
+    told = "portmeld-workbench: the scenario is replayed as soon as the page is open\n"
+    assert until(lambda: run.errors == told), run.errors
     time.sleep(0.3)
     page = run.page()
     page.until(lambda: page.state["launched"] and page.state["launched"]["app"] == "org.norvane.vidreel")

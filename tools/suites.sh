@@ -85,12 +85,12 @@ unit() {
 }
 
 # The pytest files of a folder, against a build, some at a time where they mostly wait:
-# pytests NAME VARIANT FOLDER [AT-A-TIME]
+# pytests NAME VARIANT FOLDER [AT-A-TIME [OPTION...]]
 pytests() {
   local file=$results/${1// /-}.xml
   cases "$1" 600 "$file" env -C "$root" "PORTMELD_BUILD_DIR=$root/build/$2" \
     "$python" -m pytest -q --tb=short -p no:cacheprovider --rootdir="$root" \
-    --numprocesses="${4:-0}" --junitxml="$file" "$3"
+    --numprocesses="${4:-0}" --junitxml="$file" "${@:5}" "$3"
 }
 
 # Fails when a sanitizer wrote a report, whichever process it was in, and shows the reports.

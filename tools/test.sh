@@ -39,7 +39,7 @@ fi
 if wanted unit; then
   if ((release == 0)); then unit unit release; else blocked unit; fi
 fi
-declare -A at_a_time=([linux]=4 [ctl]=2)
+declare -A at_a_time=([linux]=4 [ctl]=2 [workbench]=2)
 for suite in bus ctl linux workbench resources; do
   if wanted "$suite"; then
     if ((release == 0)); then
@@ -68,10 +68,12 @@ if wanted sanitize; then
     for suite in bus ctl linux; do
       pytests "$suite under sanitizers" sanitize "tests/$suite" "${at_a_time[$suite]:-0}"
     done
+    # A browser would only make these slow; what its cases ask of the program others ask as well.
+    pytests 'workbench under sanitizers' sanitize tests/workbench 4 --ignore=tests/workbench/browser
     unset ASAN_OPTIONS UBSAN_OPTIONS
     no_sanitizer_reports
   else
-    for suite in unit bus ctl linux; do
+    for suite in unit bus ctl linux workbench; do
       blocked "$suite under sanitizers"
     done
   fi

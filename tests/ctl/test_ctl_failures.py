@@ -107,7 +107,7 @@ def test_a_daemon_that_does_not_answer(daemon, ctl, command, method):
     with stopped(daemon.process):
         began = time.monotonic()
         status, message = ctl.failure("--timeout", "0.3", *command)
-    assert 0.3 <= time.monotonic() - began < 5
+    assert 0.3 <= time.monotonic() - began < 20
     assert status == 5
     assert message.startswith(f"no answer to {method} within 0.3 s; portmeld is busy or stopped")
     assert message.endswith("--timeout")

@@ -1,5 +1,6 @@
 """Sticks to be plugged into the workbench, and runs of it that end with the test."""
 
+import os
 import pathlib
 import shutil
 import sys
@@ -90,3 +91,14 @@ def bus_client(page):
     process = ClientProcess(page.hello["bus"])
     yield process.clients[0]
     process.kill()
+
+
+@pytest.fixture
+def sanitizer_options(monkeypatch):
+    """Gives programs that are built with a sanitizer further options; others take no notice."""
+
+    def give(options):
+        before = os.environ.get("ASAN_OPTIONS", "")
+        monkeypatch.setenv("ASAN_OPTIONS", f"{before}:{options}")
+
+    return give

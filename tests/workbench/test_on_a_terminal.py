@@ -110,7 +110,8 @@ def test_the_terminal_is_as_before_after_a_signal(stick, terminal, number):
 
 
 @pytest.mark.parametrize("number", [signal.SIGABRT, signal.SIGSEGV])
-def test_the_terminal_is_as_before_after_a_crash(stick, terminal, number):
+def test_the_terminal_is_as_before_after_a_crash(stick, terminal, sanitizer_options, number):
+    sanitizer_options("handle_segv=0")
     run = terminal(stick())
     ready(run)
     run.process.send_signal(number)

@@ -33,15 +33,15 @@ def written(page):
 
 def test_any_key_is_written_with_its_type(settings):
     page = settings
-    write(page, "db/menu/support/use_mode", "bool", " Yes ")
+    write(page, "db/menu/support/use_mode", "int", " 1 ")
     page.until("document.querySelectorAll('#panel-settings .switch input')[0].checked")
     write(page, "db/floorreel/demo_mode", "int", " -1 ")
     page.until("!document.querySelectorAll('#panel-settings .switch input')[1].checked")
     write(page, "db/menu_widget/language", "string", "de")
     page.until("document.querySelector('#panel-settings select').value === 'de'")
-    write(page, "db/menu/support/use_mode", "bool", "No")
-    page.until("!document.querySelectorAll('#panel-settings .switch input')[0].checked")
-    assert [one["value"] for one in written(page)] == [True, -1, "de", False]
+    write(page, "db/somebody/else", "bool", " Yes ")
+    page.until("window.orders.filter(([name]) => name === 'setting').length === 4")
+    assert [one["value"] for one in written(page)] == [1, -1, "de", True]
     assert page.count(".notice:not(:empty)") == 0
 
 

@@ -26,7 +26,12 @@ using Outcome = SettingReading::Outcome;
 
 constexpr const char* WHO_MAY = "; root and members of the group portmeld may";
 
+/// Throws Failure for what is no key, and where a bus was named: who does so means another machine.
 const std::string& keyOf(const Options& options) {
+    if (!options.bus.empty()) {
+        throw Failure(Status::Usage, "setting: --bus " + options.bus +
+                                         ": settings are files of this machine, on no bus");
+    }
     const std::string& key = options.words[0];
     if (!SettingsStore::isKey(key)) {
         throw Failure(Status::Usage, "setting: \"" + key +

@@ -59,6 +59,7 @@ STATUSES = ["0", "1", "2", "3", "4", "5", "6"]
         (["watch", "--interval", "0.01"], "--interval 0.01: give seconds from 0.1 to 86400"),
         (["list", "--bus", "nonsense"], "--bus nonsense: not a bus's address"),
         (["list", "--bus", ""], "--bus : not a bus's address"),
+        (["--bus", "unix:path=/b", "setting", "get", "db/a"], "setting: --bus unix:path=/b: settings are"),
     ],
 )
 def test_a_command_line_that_cannot_be_followed(ctl, arguments, cause):

@@ -73,11 +73,14 @@ const char* EndOfString(const char* pQuote) {
     return nullptr;
 }
 
-/// Whether a text can be handed to the parser: none of its strings lacks its end, and it opens no more
-/// levels of arrays and objects than are parsed. Reads strings and comments as json-glib's scanner
-/// does: it takes single quotes too, and for a comment whatever stands between two slashes.
+/// Whether a text can be handed to the parser: none of its strings lacks its end, it opens no more
+/// levels of arrays and objects than are parsed, and no value stands before its array or object (json-glib
+/// takes the last of several values and never frees the others). Reads strings and comments as
+/// json-glib's scanner does: it takes single quotes too, and for a comment whatever stands between two
+/// slashes.
 bool IsParsable(const char* pText) {
     int nLevel = 0;
+    char cBefore = '\0';  // the last byte outside of blanks and comments
     for (const char* p = pText; *p != '\0'; ++p) {
         switch (*p) {
             case '"':
@@ -89,9 +92,12 @@ bool IsParsable(const char* pText) {
                 if (p == nullptr) {
                     return true;  // the rest is no comment and no JSON: the parser refuses it
                 }
-                break;
+                continue;
             case '[':
             case '{':
+                if (nLevel == 0 && cBefore != '\0' && cBefore != '=') {
+                    return false;
+                }
                 if (++nLevel > DEEPEST_LEVEL) {
                     return false;
                 }
@@ -106,6 +112,7 @@ bool IsParsable(const char* pText) {
         if (p == nullptr) {
             return false;
         }
+        cBefore = g_ascii_isspace(*p) != FALSE ? cBefore : *p;
     }
     return true;
 }

@@ -60,6 +60,19 @@ std::string nested(std::size_t levels, const std::string& innermost = "") {
            "}";
 }
 
+TEST_F(JsonTextTest, AnObjectBehindAnotherValueIsAFailedLoad) {
+    for (const char* text : {"{\"a\":1}{\"b\":1}", "{}[]", "[] {}", "1{\"a\":1}", "null {}",
+                             "\"a\"{}", "$1{}", "{} /* , */ {}"}) {
+        forget();
+        EXPECT_FALSE(isObject(text)) << text;
+        ASSERT_EQ(story().size(), 3U);
+        EXPECT_EQ(story()[2], LOAD_FAILED) << text;
+    }
+    for (const char* text : {" \n{\"a\":{}}", "/* 1 */ {\"a\":[{},{}]}", "var a = {\"b\":1}"}) {
+        EXPECT_TRUE(isObject(text)) << text;
+    }
+}
+
 TEST_F(JsonTextTest, AThousandLevelsAreParsed) {
     EXPECT_TRUE(isObject(nested(1000)));
     EXPECT_TRUE(warnings().empty());

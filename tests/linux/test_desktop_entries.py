@@ -60,3 +60,22 @@ def test_a_command_that_is_not_utf_8_is_none(start, programs, root):
     probe.event("owner", of=PLAYER)
     assert launch(probe, PLAYER) == -1
     assert "no desktop entry" in complaints(probe)[0]
+
+
+@pytest.mark.parametrize(
+    "names, name",
+    [
+        ({"Name": "Player", "Name[de]": "Abspieler", "Name[fr]": "Lecteur"}, "Abspieler"),
+        ({"Name": "Player", "Name[fr]": "Lecteur"}, "Player"),
+        ({"Name": "Player", "Name[de]": ""}, "Player"),
+        ({"Name": ""}, PLAYER),
+    ],
+    ids=["its own", "another", "an empty one", "none"],
+)
+def test_a_unit_is_called_by_the_name_in_the_users_language(
+    start, manager, programs, root, names, name
+):
+    programs.make("player")
+    write_entry(root, PLAYER, Exec="player", **names)
+    assert launch(start(env={"LC_ALL": "C.UTF-8", "LANGUAGE": "de_DE:de"}), PLAYER) == 0
+    assert manager.unit()[1]["Description"] == name

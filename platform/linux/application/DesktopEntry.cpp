@@ -33,9 +33,12 @@ public:
         g_autofree char* value = g_key_file_get_string(file_, GROUP, key, nullptr);
         return value != nullptr ? value : "";
     }
+    /// By two steps: g_key_file_get_locale_string() leaks where a value has a wrong escape.
     std::string textInLanguage(const char* key) const {
-        g_autofree char* value = g_key_file_get_locale_string(file_, GROUP, key, nullptr, nullptr);
-        return value != nullptr ? value : "";
+        g_autofree char* language = g_key_file_get_locale_for_key(file_, GROUP, key, nullptr);
+        const std::string translated =
+            language != nullptr ? text((std::string(key) + "[" + language + "]").c_str()) : "";
+        return translated.empty() ? text(key) : translated;
     }
     bool isTrue(const char* key) const {
         return g_key_file_get_boolean(file_, GROUP, key, nullptr) != FALSE;

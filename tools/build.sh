@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Configures and builds the variants of the project below build/: release (what people run and most
-# tests use), sanitize (address and undefined-behaviour sanitizers) and coverage. Says nothing more
-# than a headline when all goes well. Warnings are errors in each of them.
+# tests use), sanitize (address and undefined-behaviour sanitizers), coverage, and fuzz (clang's fuzzer
+# with both sanitizers; only its programs and what they need). Says nothing more than a headline when
+# all goes well. Warnings are errors in each of them.
 set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -10,16 +11,22 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 # them below the folder that it works in. "machine" is what `./dev run --machine` runs from anywhere.
 common_options=(-Dwerror=true -Dpath_prefix=./root)
 
-# Sets options to how a variant is configured.
+# Sets options to how a variant is configured, and targets to what is built of it: nothing for all.
 options_of() {
+  targets=()
   case $1 in
     release) options=(-Dbuildtype=release -Doptimization=2) ;;
     sanitize)
       options=(-Dbuildtype=debugoptimized -Doptimization=1 "-Db_sanitize=address,undefined" -Db_lundef=false)
       ;;
     coverage) options=(-Dbuildtype=debug -Db_coverage=true) ;;
+    fuzz)
+      options=(-Dbuildtype=debugoptimized -Doptimization=1 "-Db_sanitize=address,undefined" -Db_lundef=false)
+      options+=(-Dfuzz=true)
+      targets=(fuzz-harnesses)
+      ;;
     machine) options=(-Dbuildtype=release -Ddevelopment=false) ;;
-    *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage and machine" ;;
+    *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage, fuzz and machine" ;;
   esac
   options=("${common_options[@]}" "${options[@]}")
   if [[ $1 == machine ]]; then
@@ -38,13 +45,20 @@ quietly() {
 }
 
 build() {
-  local variant=$1 options folder stamp asked
+  local variant=$1 options targets folder stamp asked
   options_of "$variant"
   local -x LDFLAGS=${LDFLAGS:-}
   if [[ $variant == sanitize ]] && ! "${CXX:-c++}" --version | grep -qi clang; then
     # g++'s undefined-behaviour sanitizer writes its reports to files only when linked this way,
     # which is clang's own.
     LDFLAGS+=" -static-libasan -static-libubsan"
+  fi
+  if [[ $variant == fuzz ]] && ! "${CXX:-c++}" --version | grep -qi clang; then
+    local -x CXX=clang++
+    if command -v ccache >/dev/null; then
+      # Meson looks for it only when it chooses the compiler itself.
+      CXX="ccache clang++"
+    fi
   fi
   folder=$root/build/$variant
   stamp=$folder/dev-options
@@ -64,10 +78,10 @@ build() {
 
   say "build: building build/$variant"
   if [[ -t 2 ]]; then
-    ninja -C "$folder" >&2 || die 1 "building build/$variant failed"
+    ninja -C "$folder" "${targets[@]}" >&2 || die 1 "building build/$variant failed"
   else
     # All errors of one run, not just the first.
-    quietly "$root/build/$variant.log" ninja -C "$folder" --quiet -k 0 ||
+    quietly "$root/build/$variant.log" ninja -C "$folder" --quiet -k 0 "${targets[@]}" ||
       die 1 "building build/$variant failed"
   fi
 }

@@ -5,7 +5,7 @@ set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-all_suites=(unit bus ctl linux workbench resources packaging sanitize house lint)
+all_suites=(unit bus ctl linux workbench resources packaging sanitize fuzz house lint)
 asked=("$@")
 if ! ((${#asked[@]})); then
   asked=("${all_suites[@]}")
@@ -77,6 +77,11 @@ if wanted sanitize; then
       blocked "$suite under sanitizers"
     done
   fi
+fi
+
+if wanted fuzz; then
+  check 'build fuzz' 1200 "$root/tools/build.sh" fuzz
+  if ((status == 0)); then pytests fuzz fuzz tests/fuzz 2; else blocked fuzz; fi
 fi
 
 if wanted house; then

@@ -104,7 +104,7 @@ def test_help_is_one_screen_and_names_every_verb(checkout, arguments):
     assert status == 0
     assert len(lines) <= 24
     assert max(map(len, lines)) <= 100
-    for verb in ("run", "test", "coverage", "format", "build", "setup", "package", "vm", "picture", "help"):
+    for verb in ("run", "test", "fuzz", "coverage", "format", "build", "setup", "package", "vm", "picture", "help"):
         assert any(line.startswith(f"  {verb} ") for line in lines)
 
 
@@ -158,6 +158,21 @@ def test_every_build_takes_warnings_as_errors_and_its_own_options(checkout):
     assert "-Db_sanitize" not in release
     assert "-Db_sanitize=address,undefined" in sanitize
     assert "-Db_coverage=true" in coverage
+
+
+@pytest.mark.parametrize("asked, used", [("", "clang++"), ("my-clang", "my-clang")])
+def test_the_fuzzer_is_built_by_a_clang_and_nothing_but_its_programs(checkout, asked, used):
+    checkout.pretend("meson", MESON.replace('"$*"', '"${CXX##* } $*"'))
+    checkout.pretend("ninja", '#!/bin/bash\necho "$*" >>"$PRETENDED/ninja-calls"\n')
+    checkout.pretend("c++", "#!/bin/bash\necho 'c++ (Debian) 12'\n")
+    checkout.pretend("my-clang", "#!/bin/bash\necho 'my clang version 14'\n")
+    assert checkout.dev("build", "fuzz", CXX=asked)[0] == 0
+    (call,) = (checkout.pretended / "meson-calls").read_text().splitlines()
+    assert call.startswith(f"{used} setup ")
+    assert "-Db_sanitize=address,undefined" in call
+    assert "-Dfuzz=true" in call
+    (built,) = (checkout.pretended / "ninja-calls").read_text().splitlines()
+    assert built.endswith("/build/fuzz --quiet -k 0 fuzz-harnesses")
 
 
 def test_a_good_run_closes_on_the_sum(checkout):

@@ -21,9 +21,11 @@ std::string uriOf(const char* path) {
     if (path == nullptr || *path == '\0') {
         return "";
     }
-    g_autoptr(GFile) file = g_file_new_for_path(path);
-    g_autofree char* uri = g_file_get_uri(file);
-    return uri;
+    // By name alone: a GFile would bring the machine's virtual file systems into the process, and they wait
+    // for the session bus.
+    g_autofree char* absolute = g_canonicalize_filename(path, nullptr);
+    g_autofree char* uri = g_filename_to_uri(absolute, nullptr, nullptr);
+    return uri != nullptr ? uri : "";
 }
 
 }  // namespace

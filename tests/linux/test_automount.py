@@ -280,6 +280,21 @@ def test_a_udisks_that_dies_while_it_is_asked_is_logged(machine, ports, udisks):
     ports.probe.wait_for_error_line("cannot mount /dev/sda1 (QEMU USB HARDDRIVE): UDisks2 has not answered")
 
 
+def test_a_udisks_that_dies_while_it_is_asked_and_is_back_is_asked_again_once(
+    machine, ports, udisks
+):
+    first = udisks("hang")
+    machine.plug("fat32")
+    assert first.take() == REQUEST
+    first.kill()
+    second = udisks("hang")
+    assert second.take() == REQUEST
+    second.kill()
+    third = udisks()
+    ports.probe.wait_for_error_line("cannot mount /dev/sda1 (QEMU USB HARDDRIVE): UDisks2 has not answered")
+    assert not has_been_asked(third)
+
+
 @pytest.mark.parametrize("bus", ["with a bus", "without a bus"])
 def test_without_udisks_nothing_happens(machine, root, start_ports, system_bus, bus):
     (root / "var" / "lib" / "portmeld" / "db").mkdir(parents=True)

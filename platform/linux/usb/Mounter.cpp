@@ -31,6 +31,7 @@ struct Mounter::Request {
     std::weak_ptr<Mounter*> mounter;
     UsbDevice device;
     unsigned attempts = 0;
+    bool lostOnce = false;  ///< UDisks2 ended instead of answering
     std::string errorName;  ///< of the last failure
     std::string errorText;
 
@@ -48,7 +49,7 @@ Mounter::~Mounter() = default;
 
 void Mounter::mount(const UsbDevice& device) {
     if (device.mountable && device.devname && isOn()) {
-        ask(std::make_unique<Request>(Request{self_, device, 0, {}, {}}));
+        ask(std::make_unique<Request>(Request{self_, device, 0, false, {}, {}}));
     }
 }
 
@@ -88,17 +89,23 @@ void Mounter::answered(GObject* source, GAsyncResult* result, void* data) {
     const std::string name = remote != nullptr ? remote : "";
     const bool nobodyThere = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
                              g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER);
-    if (nobodyThere || name == "org.freedesktop.UDisks2.Error.AlreadyMounted" ||
-        !request->isWanted()) {
+    if ((nobodyThere && !request->lostOnce) ||
+        name == "org.freedesktop.UDisks2.Error.AlreadyMounted" || !request->isWanted()) {
         return;
     }
     const bool notKnownYet = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT) ||
                              g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_INTERFACE) ||
                              g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD);
     g_dbus_error_strip_remote_error(error);
-    request->errorName = name;
-    request->errorText = error->message;
-    const bool again = notKnownYet && request->attempts < MOST_ATTEMPTS;
+    if (!nobodyThere) {
+        request->errorName = name;
+        request->errorText = error->message;
+    }
+    // One that ended may have been started anew. What it does not outlive twice is asked no more.
+    const bool lost = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY);
+    const bool mayComeYet = notKnownYet || nobodyThere || (lost && !request->lostOnce);
+    const bool again = mayComeYet && request->attempts < MOST_ATTEMPTS;
+    request->lostOnce = request->lostOnce || lost;
     // The failure may be the pull itself, of which udev has yet to tell.
     later(std::move(request), again ? askedAgain : complained);
 }

@@ -23,8 +23,8 @@ public:
     Mounter& operator=(const Mounter&) = delete;
 
     /// Ask for a mount, unless the settings key "db/portmeld/automount" is off or the device holds no file
-    /// system. Without UDisks2 nothing happens; one that does not know the device yet is asked again. A
-    /// failure is logged with its cause and what to do.
+    /// system. Without UDisks2 nothing happens; one that does not know the device yet is asked again, and one
+    /// that ended instead of answering, once. A failure is logged with its cause and what to do.
     void mount(const UsbDevice& device);
 
 private:

@@ -5,7 +5,7 @@ set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-all_suites=(unit bus ctl linux workbench resources packaging sanitize fuzz house lint)
+all_suites=(unit bus ctl linux faults workbench resources packaging sanitize fuzz house lint)
 asked=("$@")
 if ! ((${#asked[@]})); then
   asked=("${all_suites[@]}")
@@ -32,15 +32,15 @@ wanted() {
 source "$root/tools/suites.sh"
 
 release=0
-if wanted unit bus ctl linux workbench resources lint; then
+if wanted unit bus ctl linux faults workbench resources lint; then
   check 'build release' 1200 "$root/tools/build.sh" release
   release=$status
 fi
 if wanted unit; then
   if ((release == 0)); then unit unit release; else blocked unit; fi
 fi
-declare -A at_a_time=([linux]=4 [ctl]=2 [workbench]=2)
-for suite in bus ctl linux workbench resources; do
+declare -A at_a_time=([linux]=4 [faults]=4 [ctl]=2 [workbench]=2)
+for suite in bus ctl linux faults workbench resources; do
   if wanted "$suite"; then
     if ((release == 0)); then
       pytests "$suite" release "tests/$suite" "${at_a_time[$suite]:-0}"

@@ -74,14 +74,14 @@ class Peer(child.Child):
         """Gives a name back."""
         self.order("disown", name)
 
-    def be_service_manager(self, error=None):
+    def be_service_manager(self, error=None, answers=True):
         """Plays the user's service manager."""
         self.order(
             "serve",
             {
                 "path": "/org/freedesktop/systemd1",
                 "interface": SERVICE_MANAGER,
-                "reply": ["(o)", ["/org/freedesktop/systemd1/job/1"]],
+                "reply": ["(o)", ["/org/freedesktop/systemd1/job/1"]] if answers else None,
                 "error": error,
             },
         )

@@ -122,10 +122,8 @@ def start_logind():
         each.close()
 
 
-@pytest.fixture
-def start_daemon(start_bus, root, surroundings, machine, request):
-    """Starts the daemon on the machine; without a bus it finds none."""
-    request.node.daemons = []
+def install(root):
+    """Installs what the daemon needs below a folder, and has it write all its lines but the finest."""
     log_level = root / "var" / "lib" / "portmeld" / "db" / "portmeld" / "log_level"
     log_level.parent.mkdir(parents=True)
     log_level.write_text("info\n")
@@ -139,6 +137,13 @@ def start_daemon(start_bus, root, surroundings, machine, request):
     ]:
         place.parent.mkdir(parents=True, exist_ok=True)
         place.symlink_to(source)
+
+
+@pytest.fixture
+def start_daemon(start_bus, root, surroundings, machine, request):
+    """Starts the daemon on the machine; without a bus it finds none."""
+    request.node.daemons = []
+    install(root)
 
     def start(session_bus=None, system_bus=None, env=None):
         environment = surroundings(

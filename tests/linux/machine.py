@@ -166,12 +166,12 @@ def _lasting(properties):
 
 
 class Mounts:
-    """The mount namespace of a running program."""
+    """The mount namespace of a running program; `enter` is what starts another one in it."""
 
     def __init__(self, pid, folder):
-        self._enter = ["nsenter", "-t", str(pid), "-m"]
+        self.enter = ["nsenter", "-t", str(pid), "-m"]
         if os.geteuid() != 0:
-            self._enter += ["-U", "--preserve-credentials"]
+            self.enter += ["-U", "--preserve-credentials"]
         self._folder = folder
 
     def mount(self, node, point=None):
@@ -188,7 +188,7 @@ class Mounts:
     def run(self, *command):
         """Runs a command among the program's mounts."""
         environment = {k: v for k, v in os.environ.items() if k != "LD_PRELOAD"}
-        subprocess.run([*self._enter, *command], check=True, timeout=60, env=environment)
+        subprocess.run([*self.enter, *command], check=True, timeout=60, env=environment)
 
 
 def needs_tools():

@@ -8,6 +8,8 @@ from programs import built
 
 LANGUAGE = "db/menu_widget/language"
 SIZE = "64k"  # of a disk for settings
+FILL = "dd if=/dev/zero of={disk}/.full bs=1k 2>/dev/null || true"
+USE_UP_NAMES = "i=0; while touch {disk}/.full$i 2>/dev/null; do i=$((i+1)); done"
 
 
 @pytest.fixture
@@ -15,6 +17,7 @@ def disk(world):
     """The folder of the settings, on a small disk of its own."""
     folder = world.root / "var" / "lib" / "portmeld" / "db"
     world.mounts.run("mount", "-t", "tmpfs", "-o", f"size={SIZE},nr_inodes=12", "settings", str(folder))
+    run(world, f"mkdir {folder}/portmeld && echo info >{folder}/portmeld/log_level")
     return folder
 
 
@@ -47,13 +50,10 @@ def first_button(world):
     return popup["actions"][1]
 
 
-@pytest.mark.parametrize("what", ["room", "files"])
-def test_a_setting_for_which_there_is_no_room_stays_what_it_was(world, disk, what):
+@pytest.mark.parametrize("use_up", [FILL, USE_UP_NAMES], ids=["room", "names"])
+def test_a_setting_for_which_there_is_no_room_stays_what_it_was(world, disk, use_up):
     assert ctl(world, "set", LANGUAGE, "de_DE").returncode == 0
-    if what == "room":
-        run(world, f"dd if=/dev/zero of={disk}/.full bs=1k 2>/dev/null || true")
-    else:
-        run(world, f"i=0; while : >{disk}/.full$i; do i=$((i+1)); done 2>/dev/null || true")
+    run(world, use_up.format(disk=disk))
     refused = ctl(world, "set", LANGUAGE, "fr_FR")
     assert refused.returncode == 1
     assert "No space left on device" in refused.stderr
@@ -67,10 +67,10 @@ def test_a_setting_for_which_there_is_no_room_stays_what_it_was(world, disk, wha
 
 
 def test_a_setting_that_was_cut_short_counts_as_not_set_and_the_log_says_so(world, disk):
-    """As a shell does it that writes where there is no room: the file is empty then."""
+    """As a shell leaves it that found no room: the file is empty."""
     assert ctl(world, "set", LANGUAGE, "de_DE").returncode == 0
-    run(world, f"dd if=/dev/zero of={disk}/.full bs=1k 2>/dev/null || true")
-    run(world, f"echo fr_FR >{disk}/menu_widget/language 2>/dev/null || true")
-    world.wait_for_line("menu_widget/language is empty: half written?")
+    file = disk / "menu_widget" / "language"
+    run(world, f"rm {file}; {FILL.format(disk=disk)}; (echo fr_FR >{file}) 2>/dev/null || true")
+    world.wait_for_line(f"{file.name} is empty: half written?")
     assert first_button(world) == "Browse"
     assert world.service.ends() == []

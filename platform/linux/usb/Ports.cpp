@@ -1,10 +1,13 @@
 // What happens at the ports, told in the order of the rules.
 #include "Ports.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <memory>
 #include <utility>
 
+#include "Journal.h"
 #include "UsbIdentity.h"
 
 namespace machine {
@@ -14,6 +17,9 @@ namespace {
 constexpr unsigned TABLE_READ_AGAIN_MILLISECONDS = 1'000;
 constexpr unsigned WAKE_UP_MILLISECONDS = 5'000;
 constexpr unsigned OTHERS_MOUNT_FIRST_MILLISECONDS = 2'000;
+
+/// Where devices for viewers are found.
+constexpr const char* SUBSYSTEMS[] = {"block", "usb"};
 
 std::string subsystemOf(GUdevDevice* device) {
     const char* name = g_udev_device_get_subsystem(device);
@@ -44,13 +50,15 @@ bool isBelow(const std::string& path, const std::string& folder) {
 
 Ports::Ports()
     : mounts_([this] { mountsChanged(); }),
-      mounter_([this](const std::string& devname) { return wantsMount(devname); }) {
+      mounter_([this](const std::string& devname) { return wantsMount(devname); }),
+      lostEvents_([this] { lookAgain(); }) {
     // Listening begins before the look around: what comes in between is seen twice, not never.
-    static constexpr const char* SUBSYSTEMS[] = {"block", "usb/usb_interface", nullptr};
-    client_ = g_udev_client_new(SUBSYSTEMS);
+    static constexpr const char* HEARD[] = {"block", "usb/usb_interface", nullptr};
+    client_ = g_udev_client_new(HEARD);
     handler_ = g_signal_connect(client_, "uevent", G_CALLBACK(happened), this);
-    enumerate("block");
-    enumerate("usb");
+    for (const char* subsystem : SUBSYSTEMS) {
+        enumerate(subsystem);
+    }
 }
 
 Ports::~Ports() {
@@ -101,7 +109,7 @@ void Ports::happened(GUdevClient*, char* action, GUdevDevice* device, void* self
     auto& ports = *static_cast<Ports*>(self);
     const std::string what = action;
     if (what == "remove") {
-        ports.gone(device);
+        ports.gone(g_udev_device_get_sysfs_path(device));
     } else if (what == "add" || what == "change") {
         ports.seen(g_udev_device_get_sysfs_path(device), identify(device),
                    g_strcmp0(g_udev_device_get_property(device, "DISK_MEDIA_CHANGE"), "1") == 0);
@@ -139,8 +147,7 @@ void Ports::seen(const std::string& path, std::optional<UsbDevice> device, bool 
 }
 
 /// A device has left the system.
-void Ports::gone(GUdevDevice* device) {
-    const std::string path = g_udev_device_get_sysfs_path(device);
+void Ports::gone(const std::string& path) {
     const bool settling = asleep_ || g_get_monotonic_time() < settledAt_;
     if (!settling) {
         // With the disk go the partitions that might have come back.
@@ -162,6 +169,28 @@ void Ports::gone(GUdevDevice* device) {
         holdBack(*port);
     } else {
         remove(*port);
+    }
+}
+
+void Ports::lookAgain() {
+    report(Priority::Notice, "events of udev were lost; the devices are looked for anew", {});
+    std::vector<std::string> missing;
+    for (const auto& port : ports_) {
+        if (!port->leaving && access(port->path.c_str(), F_OK) != 0) {
+            missing.push_back(port->path);
+        }
+    }
+    for (const std::string& path : missing) {
+        gone(path);
+    }
+    for (const char* subsystem : SUBSYSTEMS) {
+        GList* const found = g_udev_client_query_by_subsystem(client_, subsystem);
+        for (GList* item = found; item != nullptr; item = item->next) {
+            GUdevDevice* const device = G_UDEV_DEVICE(item->data);
+            constexpr bool MAY_BE_ANOTHER = true;
+            seen(g_udev_device_get_sysfs_path(device), identify(device), MAY_BE_ANOTHER);
+        }
+        g_list_free_full(found, g_object_unref);
     }
 }
 

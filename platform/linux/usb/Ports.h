@@ -13,6 +13,8 @@
 //      until five seconds after its wake-up every removal is held back like that.
 //   5. Another file system under the same name is another device: "removed", "added". So it is when the
 //      device is mounted only if the medium was changed: a mounted one may become hard to read.
+//   6. When events were lost, what is there is compared with what is listed, and told as if it had happened
+//      then.
 #pragma once
 
 #include <functional>
@@ -23,6 +25,7 @@
 
 #include <gudev/gudev.h>
 
+#include "LostEvents.h"
 #include "MountMonitor.h"
 #include "Mounter.h"
 #include "UsbDevice.h"
@@ -61,7 +64,8 @@ private:
     static void happened(GUdevClient* client, char* action, GUdevDevice* device, void* self);
     void enumerate(const char* subsystem);
     void seen(const std::string& path, std::optional<UsbDevice> device, bool mediumChanged);
-    void gone(GUdevDevice* device);
+    void gone(const std::string& path);
+    void lookAgain();
     void add(const std::string& path, UsbDevice device, bool told);
     void remove(const Port& port);
     void refresh(Port& port, const std::string& path, UsbDevice device);
@@ -81,6 +85,7 @@ private:
     Mounter mounter_;
     GUdevClient* client_;
     gulong handler_;
+    LostEvents lostEvents_;
     Listener listener_;
     Attached ports_;
     bool asleep_ = false;

@@ -322,3 +322,37 @@ def test_a_file_system_that_is_mounted_over_a_folder_of_the_key_is_noticed(probe
     told(watching, "mounted")
     mounts.run("umount", "-l", str(folder))
     told(watching, "hidden")
+
+
+# An administrator like any other user: what is not his, or not allowed to him, is forbidden to him.
+WITHOUT_RIGHTS = ["setpriv", "--bounding-set", "-dac_override,-dac_read_search"]
+
+
+def test_a_folder_that_was_forbidden_is_entered_when_it_is_not_any_more(probe, store):
+    store(KEY, "inside\n")
+    folder = store.path(KEY).parent
+    folder.chmod(0)
+    watching = probe(wrapper=WITHOUT_RIGHTS if os.geteuid() == 0 else [])
+    assert watching.call("watch", KEY, "first") == 0
+    assert watching.call("get-str", KEY) is None
+    folder.chmod(0o755)
+    told(watching, "inside")
+    store(KEY, "new\n")
+    told(watching, "new")
+
+
+def test_a_file_system_that_is_given_to_its_owner_after_it_was_mounted_is_entered(
+    probe, store, root
+):
+    """Nobody tells of that: the folder above belongs to another file system."""
+    store(KEY, "hidden\n")
+    watching = probe(wrapper=[*Machine.wrapper(), *WITHOUT_RIGHTS])
+    assert watching.call("watch", KEY, "first") == 0
+    mounts = Mounts(watching.process.pid, root)
+    folder = store.path(KEY).parent.parent
+    mounts.run("mount", "-t", "tmpfs", "-o", "mode=0", "none", str(folder))
+    told(watching, None)
+    place = store.path(KEY).parent
+    mounts.run("sh", "-c", f"mkdir {place} && echo mounted > {store.path(KEY)}")
+    mounts.run("chmod", "755", str(folder))
+    told(watching, "mounted")

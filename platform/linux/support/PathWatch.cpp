@@ -26,7 +26,11 @@ namespace {
 
 constexpr std::uint32_t MOVES = IN_ONLYDIR | IN_MOVE_SELF;
 constexpr std::uint32_t GOINGS = MOVES | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
-constexpr std::uint32_t ALL = GOINGS | IN_CREATE | IN_CLOSE_WRITE;
+constexpr std::uint32_t ALL = GOINGS | IN_CREATE | IN_CLOSE_WRITE | IN_ATTRIB;
+
+/// A forbidden folder is tried again after so long, and then after twice the time each, for some seconds.
+constexpr unsigned FIRST_WAIT_MILLISECONDS = 50;
+constexpr unsigned MOST_ATTEMPTS = 7;
 
 /// What the kernel says of a folder that is elsewhere now or no more, and of lost events.
 constexpr std::uint32_t LOST = IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT | IN_Q_OVERFLOW;
@@ -55,6 +59,9 @@ struct PathWatch::Impl {
     int mountTable = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
     unsigned mountSource = 0;
     std::vector<Folder> folders;
+    bool forbidden = false;  ///< one of the folders
+    unsigned attempts = 0;   ///< to enter it
+    unsigned waiting = 0;    ///< for the next
 
     Impl(const std::string& wanted, std::function<void()> told) : changed(std::move(told)) {
         g_autofree char* absolute = g_canonicalize_filename(wanted.c_str(), nullptr);
@@ -63,6 +70,7 @@ struct PathWatch::Impl {
             source = g_unix_fd_add(inotify, G_IO_IN, reinterpret_cast<GUnixFDSourceFunc>(readable),
                                    this);
             arm();
+            tryAgainLater();
         }
         if (inotify >= 0 && mountTable >= 0) {
             mountSource = g_unix_fd_add(mountTable, static_cast<GIOCondition>(G_IO_PRI | G_IO_ERR),
@@ -70,6 +78,9 @@ struct PathWatch::Impl {
         }
     }
     ~Impl() {
+        if (waiting != 0) {
+            g_source_remove(waiting);
+        }
         if (mountSource != 0) {
             g_source_remove(mountSource);
         }
@@ -88,6 +99,7 @@ struct PathWatch::Impl {
     /// come or go unseen in between.
     void arm() {
         const std::vector<Folder> before = std::exchange(folders, {});
+        forbidden = false;
         for (std::size_t slash = 0; slash != std::string::npos; slash = path.find('/', slash + 1)) {
             const std::size_t end = path.find('/', slash + 1);
             Folder folder{0, slash == 0 ? "/" : path.substr(0, slash),
@@ -97,7 +109,9 @@ struct PathWatch::Impl {
                 folders.push_back(std::move(folder));
             } else if (errno == ENOENT || errno == ENOTDIR) {
                 break;
-            }  // else it is forbidden, and what is in it need not be
+            } else {
+                forbidden = true;  // what is in it need not be
+            }
         }
         for (std::size_t left = folders.size(); left > 1; --left) {
             Folder& folder = folders[folders.size() - left];
@@ -135,18 +149,39 @@ struct PathWatch::Impl {
         return !found->holdsPath || (event.mask & IN_CREATE) == 0U || !isYetToBeWritten(path);
     }
 
-    /// Something was mounted or unmounted somewhere. A folder that is now another one has another number.
+    void tryAgainLater() {
+        if (forbidden && waiting == 0 && attempts < MOST_ATTEMPTS) {
+            waiting = g_timeout_add(FIRST_WAIT_MILLISECONDS << attempts++, waited, this);
+        }
+    }
+
+    static gboolean waited(void* self) {
+        auto& watch = *static_cast<Impl*>(self);
+        watch.waiting = 0;
+        watch.armAndTell();
+        return G_SOURCE_REMOVE;
+    }
+
+    /// Something was mounted or unmounted somewhere.
     static gboolean mountsChanged(int, GIOCondition, void* self) {
         auto& watch = *static_cast<Impl*>(self);
-        const std::vector<Folder> before = watch.folders;
-        watch.arm();
+        watch.attempts = 0;
+        watch.armAndTell();
+        return G_SOURCE_CONTINUE;
+    }
+
+    /// A folder that is now another one has another number.
+    void armAndTell() {
+        const std::vector<Folder> before = folders;
+        arm();
+        tryAgainLater();
         if (!std::equal(
-                before.begin(), before.end(), watch.folders.begin(), watch.folders.end(),
+                before.begin(), before.end(), folders.begin(), folders.end(),
                 [](const Folder& one, const Folder& other) { return one.watch == other.watch; })) {
-            const std::function<void()> tell = watch.changed;
+            // A copy, and the last thing done: it may end the watch.
+            const std::function<void()> tell = changed;
             tell();
         }
-        return G_SOURCE_CONTINUE;
     }
 
     static gboolean readable(int descriptor, GIOCondition, void* self) {

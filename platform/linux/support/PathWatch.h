@@ -17,6 +17,9 @@ public:
     /// has changed; it comes whenever something has, once for what happened at a time. `changed` may
     /// destroy the watch.
     ///
+    /// A folder that is forbidden is entered as soon as it is not any more; one that was just mounted, within
+    /// some seconds.
+    ///
     /// Not seen, as inotify(7) does not: what happens to the target of a link. Without inotify (too many
     /// watches on the machine) nothing is seen.
     PathWatch(const std::string& path, std::function<void()> changed);

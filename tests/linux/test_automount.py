@@ -281,8 +281,9 @@ def test_a_udisks_that_dies_while_it_is_asked_is_logged(machine, ports, udisks):
 
 
 def test_a_udisks_that_dies_while_it_is_asked_and_is_back_is_asked_again_once(
-    machine, ports, udisks
+    machine, start_ports, system_bus, udisks
 ):
+    ports = start_ports(system_bus=system_bus)  # with whole seconds to come back in
     first = udisks("hang")
     machine.plug("fat32")
     assert first.take() == REQUEST

@@ -39,6 +39,15 @@ def test_a_button_that_is_told_before_the_server_has_answered_counts(stage, star
     assert stage.news() == []
 
 
+def test_a_button_that_is_told_after_the_closing_is_lost(stage, start_bus):
+    """It cannot be told from one that was pressed too late; servers tell of the button first."""
+    server = stage.with_server(start_bus())
+    popup = stage.shown(server)
+    server.order("close", popup["id"], 2)
+    server.order("press", popup["id"], popup["actions"][0])
+    assert stage.news() == [{"event": "hidden"}]
+
+
 def test_a_button_that_the_pop_up_does_not_have_is_ignored(stage, start_bus):
     server = stage.with_server(start_bus())
     popup = stage.shown(server)

@@ -2,7 +2,6 @@
 everybody can fail."""
 
 import importlib.util
-import os
 import pathlib
 import sys
 
@@ -17,7 +16,6 @@ linux_fixtures = importlib.util.module_from_spec(_SPEC)
 _SPEC.loader.exec_module(linux_fixtures)
 
 from held_bus import HeldBus  # noqa: E402 (the path comes first)
-from reliability import Run  # noqa: E402
 from world import World  # noqa: E402
 
 machine = linux_fixtures.machine
@@ -53,12 +51,6 @@ def start_world(tmp_path, root, surroundings, machine, request):
 def world(start_world):
     """A world in which everybody is well."""
     return start_world()
-
-
-def pytest_sessionstart(session):
-    """What the last run has seen is forgotten, once, whatever number of processes runs the tests."""
-    if not hasattr(session.config, "workerinput"):
-        Run(os.environ["PORTMELD_BUILD_DIR"]).begin()
 
 
 @pytest.hookimpl(hookwrapper=True)

@@ -1,13 +1,12 @@
 """The table of docs/reliability.md: made of what a run of the tests has seen, and read for comparison.
 
 Usage: reliability.py BUILD-FOLDER DOCUMENT
-Prints what the document says in place of the table that the last run in that build has made, and writes the
-table into it. Fails when the run was not a whole one.
+Writes the table into the document as the tests have last seen it in that build, and tells whether that is news.
+Fails when one of them has failed, or never ran.
 """
 
 import json
 import pathlib
-import shutil
 import statistics
 import sys
 
@@ -48,20 +47,22 @@ def documented(document):
 
 
 class Run:
-    """What the tests of one run have seen, in a folder of its own; they may run in several processes."""
+    """What the tests have seen, a file for each cell: they may run in several processes."""
 
     def __init__(self, build):
         self._folder = pathlib.Path(build) / "faults"
 
-    def begin(self):
-        """Forgets the last run."""
-        shutil.rmtree(self._folder, ignore_errors=True)
+    def forget(self, key):
+        """A cell is tried again."""
+        self._file(key).unlink(missing_ok=True)
 
     def add(self, key, text, back):
         """One cell, and how long the daemon was away, in seconds, each time that it ended."""
         self._folder.mkdir(exist_ok=True)
-        name = ".".join(key).replace(" ", "-")
-        self._folder.joinpath(name).write_text(json.dumps([key, text, back]))
+        self._file(key).write_text(json.dumps([key, text, back]))
+
+    def _file(self, key):
+        return self._folder / ".".join(key).replace(" ", "-")
 
     def cells(self):
         """All cells so far, and all times."""

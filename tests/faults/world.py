@@ -28,7 +28,7 @@ WITH_JOURNAL = 'JOURNAL_STREAM=$(stat -L -c %d:%i /proc/self/fd/2) exec "$@"'
 
 class World:
     """The machine; after begin(), everything on it is well. `surroundings` and `machine` are those of the
-    fixtures; `preload` are more libraries for the daemon."""
+    fixtures; `preload` are more libraries for the daemon, `wrapper` is what else starts it."""
 
     def __init__(
         self,
@@ -41,6 +41,7 @@ class World:
         env=None,
         journal=False,
         preload=(),
+        wrapper=(),
     ):
         self.folder = folder
         self.root = root
@@ -56,10 +57,11 @@ class World:
         self._surroundings = surroundings
         self._env = env or {}
         self._preload = preload
+        self._wrapper = wrapper
         self.service = ServiceManager(self._start_life)
         # Mounts outlive the daemon: they belong to somebody who does nothing else.
-        wrapper = machine.wrapper() if self.journal is None else self.journal.wrapper()
-        self._keeper = subprocess.Popen([*wrapper, "cat"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        apart = machine.wrapper() if self.journal is None else self.journal.wrapper()
+        self._keeper = subprocess.Popen([*apart, "cat"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.mounts = Mounts(self._keeper.pid, folder)
         self._keeper.stdin.write(b"ready\n")
         self._keeper.stdin.flush()
@@ -120,7 +122,7 @@ class World:
         )
         # Who enters other mounts leaves his folder.
         place = ["env", "-C", str(self.root.parent)]
-        return Daemon(self.root.parent, surroundings, [*self.mounts.enter, *place, *logs])
+        return Daemon(self.root.parent, surroundings, [*self.mounts.enter, *self._wrapper, *place, *logs])
 
     def wait_for_line(self, text, after=0):
         """Waits until the daemon has printed a line with this text, after so many others."""

@@ -1,5 +1,7 @@
 """A stick that is mounted where the daemon may not look, and opened to it later."""
 
+import pathlib
+
 import pytest
 from road import is_question
 from stick import NAME, NODE
@@ -12,6 +14,12 @@ def world(start_world):
     return start_world(wrapper=["setpriv", "--bounding-set", "-dac_override,-dac_read_search"])
 
 
+def threads_of_its_own(process):
+    """How many threads a process has beside those of its libraries, which have other names."""
+    names = [task.joinpath("comm").read_text() for task in pathlib.Path(f"/proc/{process}/task").iterdir()]
+    return names.count(pathlib.Path(f"/proc/{process}/comm").read_text())
+
+
 def test_a_forbidden_stick_is_offered_for_browsing_and_not_searched_again_when_it_is_opened(
     world, tmp_path
 ):
@@ -20,6 +28,8 @@ def test_a_forbidden_stick_is_offered_for_browsing_and_not_searched_again_when_i
     point.mkdir()
     world.mounts.run("mount", "-t", "tmpfs", "-o", "mode=0", NODE, str(point))
     popup = world.screen.take(is_question("Browse"))
+    world.client.round_trip()  # the search has begun
+    world.wait_for(lambda: threads_of_its_own(world.daemon.process.pid) == 1)
     world.mounts.run("sh", "-c", f": >{point}/holiday.jpg; chmod 755 {point}")
     world.client.round_trip()
     assert world.screen.calls_so_far("Notify") == []

@@ -10,7 +10,11 @@ import time
 
 UDEV_GROUP = 2
 NETLINK_KOBJECT_UEVENT = 15
-EVENTS = 40_000
+SIZE = 4096
+
+# A socket holds at most twice this (socket(7)).
+with open("/proc/sys/net/core/rmem_max", encoding="ascii") as file:
+    EVENTS = 2 * int(file.read()) // SIZE + 1000
 
 listener = int(sys.argv[1])
 storm = socket.socket(socket.AF_NETLINK, socket.SOCK_RAW, NETLINK_KOBJECT_UEVENT)
@@ -18,5 +22,5 @@ os.kill(listener, signal.SIGSTOP)
 while open(f"/proc/{listener}/stat").read().rsplit(")", 1)[1].split()[0] != "T":
     time.sleep(0.01)
 for _ in range(EVENTS):
-    storm.sendto(b"x" * 4096, (0, UDEV_GROUP))
+    storm.sendto(b"x" * SIZE, (0, UDEV_GROUP))
 os.kill(listener, signal.SIGCONT)

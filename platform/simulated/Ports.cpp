@@ -94,6 +94,10 @@ void Ports::vanish(DeviceId device) {
     slot(device).present = false;
 }
 
+void Ports::comeBack(DeviceId device) {
+    slot(device).present = true;
+}
+
 void Ports::setMounted(DeviceId device, const std::string& folder) {
     slot(device).device.mountpath = folder;
 }

@@ -72,6 +72,8 @@ public:
     DeviceId insert(UsbDevice device);
     /// Gone from now on; no event.
     void vanish(DeviceId device);
+    /// What had vanished or was pulled is present again, with the properties of device(); no event.
+    void comeBack(DeviceId device);
     /// Its file system is mounted at `folder` from now on; no event.
     void setMounted(DeviceId device, const std::string& folder);
     /// Mount it: setMounted() and "mounted".

@@ -34,6 +34,7 @@ public:
     bool walking() const;
     /// Folders of all scans ever started, in order.
     const std::vector<std::string>& started() const { return started_; }
+    void clearStarted() { started_.clear(); }
 
     /// Report by hand to the latest scan's callback, stopped or not, later on the main context: any
     /// event, any text, null included.

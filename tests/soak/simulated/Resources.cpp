@@ -1,0 +1,78 @@
+// Reading what the process holds.
+#include "Resources.h"
+
+#include <dirent.h>
+#include <malloc.h>
+
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <glib.h>
+
+namespace soak {
+
+bool memoryCanBeMeasured() {
+#ifdef __SANITIZE_ADDRESS__
+    return false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+    return false;
+#else
+    return true;
+#endif
+#else
+    return true;
+#endif
+}
+
+void useOneArena() {
+    (void)mallopt(M_ARENA_MAX, 1);
+}
+
+Memory measureMemory() {
+    (void)malloc_trim(0);
+    const struct mallinfo2 heap = mallinfo2();
+    Memory memory;
+    memory.inUse = heap.uordblks + heap.hblkhd;
+    std::ifstream rollup("/proc/self/smaps_rollup");
+    for (std::string word; rollup >> word;) {
+        if (word == "Private_Dirty:") {
+            std::size_t kibibytes = 0;
+            rollup >> kibibytes;
+            memory.privateDirty = kibibytes * 1024;
+            return memory;
+        }
+    }
+    throw std::runtime_error("smaps_rollup tells of no Private_Dirty");
+}
+
+int openDescriptors() {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), closedir);
+    if (folder == nullptr) {
+        throw std::runtime_error("cannot read /proc/self/fd");
+    }
+    int count = -3;  // ".", ".." and the folder itself
+    while (readdir(folder.get()) != nullptr) {
+        ++count;
+    }
+    return count;
+}
+
+std::size_t Sources::count() {
+    const auto nothing = [](void*) { return gboolean{G_SOURCE_REMOVE}; };
+    const unsigned next = g_idle_add(nothing, nullptr);
+    g_source_remove(next);
+    for (unsigned id = last_ + 1; id < next; ++id) {
+        known_.insert(id);
+    }
+    last_ = next;
+    for (auto id = known_.begin(); id != known_.end();) {
+        const bool gone = g_main_context_find_source_by_id(nullptr, *id) == nullptr;
+        id = gone ? known_.erase(id) : std::next(id);
+    }
+    return known_.size();
+}
+
+}  // namespace soak

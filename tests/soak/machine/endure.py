@@ -1,0 +1,119 @@
+#!/usr/bin/python3
+"""Endurance on the Linux machine: recorded devices come and go in random order, are mounted and offered, under
+the eyes of clients that come and go as well; after every step the daemon is compared with a reference.
+
+Usage: endure.py [--seed N] [--cycles N | --steps N]; the environment names the build (PORTMELD_BUILD_DIR).
+Ends with one line of figures, or with the step at which something differed, and how to see it again.
+"""
+
+import argparse
+import os
+import pathlib
+import random
+import sys
+import tempfile
+import time
+
+TESTS = pathlib.Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(TESTS / "support"), str(TESTS / "linux")]
+
+from surroundings import Surroundings  # noqa: E402 (the path comes first)
+from steps import Steps  # noqa: E402
+
+REST_EVERY = 200  # steps
+WARM_UP = 5  # rests after which memory must stay as it is
+MOST_GROWTH = 65536  # bytes
+HISTORY = 30
+
+
+class Differs(Exception):
+    """The daemon is not as it ought to be."""
+
+
+class Run:
+    """One run; see main() for how it is made."""
+
+    def __init__(self, surroundings, seed):
+        self.surroundings = surroundings
+        self.seed = seed
+        self.steps = Steps(surroundings)
+        self.number = 0
+        self.rests = 0
+        self.history = []
+        self.held = self.warm = self.now = None
+
+    def go(self, cycles, steps):
+        """Steps until so many devices were pulled, or so many steps were made."""
+        while (self.number < steps) if steps else (self.steps.cycles < cycles):
+            self.number += 1
+            # Each step draws from a sequence of its own.
+            self.do(self.steps.step, random.Random(f"{self.seed}/{self.number}"))
+            if self.number % REST_EVERY == 0:
+                self.rest()
+        self.rest()
+
+    def do(self, step, *arguments):
+        """One step and its comparison."""
+        self.history = [*self.history[1 - HISTORY :], f"{self.number} ?"]
+        said = step(*arguments)
+        self.history[-1] = f"{self.number} {said}"
+        self.steps.compare()
+
+    def rest(self):
+        """Everything is taken away again; what is held then must be the same every time."""
+        for step in self.steps.resting():
+            self.do(step)
+        held = self.steps.holdings(self.held)
+        if self.held is not None and held != self.held:
+            raise Differs(f"descriptors and sources: {self.held} at first, {held} now")
+        self.held = held
+        self.rests += 1
+        self.now = self.surroundings.memory()
+        if self.rests == WARM_UP:
+            self.warm = self.now
+        for what in self.now if self.warm else ():
+            if self.now[what] > self.warm[what] + MOST_GROWTH:
+                raise Differs(f"memory {what}: {self.warm[what]} after the warm-up, {self.now[what]} now")
+
+    def figures(self, began):
+        """The line at the end."""
+        memory = "too short for a judgement of memory"
+        if self.warm:
+            memory = "growth of bytes " + ", ".join(
+                f"{what} {self.now[what] - self.warm[what]} of {self.now[what]}" for what in self.now
+            )
+        seconds = int(time.monotonic() - began)
+        return f"{self.steps.cycles} cycles in {self.number} steps, seed {self.seed}, {seconds} s: {memory}"
+
+
+def main(arguments):
+    """Returns the exit status."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--cycles", type=int, default=100)
+    parser.add_argument("--steps", type=int, default=0)
+    options = parser.parse_args(arguments)
+    began = time.monotonic()
+    with tempfile.TemporaryDirectory(prefix="portmeld-soak-") as folder:
+        surroundings = Surroundings(pathlib.Path(folder))
+        try:
+            run = Run(surroundings, options.seed)
+            try:
+                run.go(options.cycles, options.steps)
+                surroundings.finish()
+            except Exception as failure:
+                print("the last steps:", *run.history, sep="\n  ")
+                print(f"FAILED at step {run.number} of seed {options.seed}: {failure}")
+                print(f"again: ./dev soak linux --seed {options.seed} --steps {run.number}")
+                for line in surroundings.daemon.error_lines()[-20:]:
+                    print("  |", line)
+                return 1
+        finally:
+            surroundings.kill()
+        print(run.figures(began))
+    return 0
+
+
+if __name__ == "__main__":
+    assert "PORTMELD_BUILD_DIR" in os.environ, "PORTMELD_BUILD_DIR is not set"
+    sys.exit(main(sys.argv[1:]))

@@ -100,7 +100,8 @@ class Machine:
         for key in self._present[path].keys() - properties.keys():
             self._do("set_property", "/sys" + path, key, "")
         for key, value in _lasting(properties):
-            self._do("set_property", "/sys" + path, key, value)
+            if self._present[path].get(key) != value:
+                self._do("set_property", "/sys" + path, key, value)
         self._present[path] = dict(properties)
         of_the_event = properties.get("DISK_MEDIA_CHANGE")
         if of_the_event:

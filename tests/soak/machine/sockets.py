@@ -1,12 +1,20 @@
 """Sockets of the machine: recorded devices, moved to a port of their own, so that several can be plugged in at
 a time."""
 
+import functools
+
 import captured
 from reference import CAMERA, STORAGE, Device
 
 FILE_SYSTEMS = {"vfat": 0, "exfat": 1, "ext4": 2, "ntfs": 3}
 DISKS = ["fat32", "exfat", "ext4", "ntfs", "serial-odd-chars", "inquiry-strings", "two-partitions", "blank"]
-DISK_SOCKETS = 4
+# Names and numbers that no disk of the machine has which this runs on: its mounts are seen as well.
+LETTERS = "wxyz"
+DISK_SOCKETS = len(LETTERS)
+FIRST_MINOR = 176
+
+recorded_events = functools.cache(captured.events)
+recorded_attributes = functools.cache(captured.attributes)
 MINORS_OF_A_DISK = 16
 
 
@@ -27,15 +35,15 @@ class Socket:
 
     def plug(self, name):
         """Plays back how a recorded device came; returns the Devices that are for viewers."""
-        events = captured.events(f"{name}.plug-monitor.txt")
-        attributes = {self._moved(path): values for path, values in captured.attributes(name).items()}
+        events = recorded_events(f"{name}.plug-monitor.txt")
+        attributes = {self._moved(path): values for path, values in recorded_attributes(name).items()}
         for event in events:
             if event.action not in ("add", "change"):
                 continue
             path = self._moved(event.path)
             properties = {key: self._moved(value) for key, value in event.properties.items()}
             if "MINOR" in properties and self.place < DISK_SOCKETS:
-                minor = int(properties["MINOR"]) + MINORS_OF_A_DISK * self.place
+                minor = int(properties["MINOR"]) + FIRST_MINOR + MINORS_OF_A_DISK * self.place
                 properties["MINOR"] = str(minor)
             if event.action == "change":
                 self.machine.change(path, properties)
@@ -49,7 +57,7 @@ class Socket:
         """A text of the recording as it would be at this port."""
         if self.place >= DISK_SOCKETS:
             return text
-        letter = "abcdefgh"[self.place]
+        letter = LETTERS[self.place]
         for old, new in [
             ("host0/target0:0:0/0:0:0:0", f"host{self.place}/target{self.place}:0:0/{self.place}:0:0:0"),
             ("/sda", f"/sd{letter}"),

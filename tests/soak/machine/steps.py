@@ -5,9 +5,9 @@ import dataclasses
 import time
 
 from reference import CAMERA, Reference
-from sockets import DISK_SOCKETS, DISKS, Socket
+from sockets import DISK_SOCKETS, DISKS, LETTERS, Socket
 
-LIMIT = 5  # seconds in which the daemon must have become what it ought to be
+LIMIT = 20  # seconds in which the daemon must have become what it ought to be
 PHOTO = "holiday.jpg"
 EXPIRED, DISMISSED = 1, 2  # reasons of a notification server
 NOTICE_STEPS, QUESTION_STEPS = 3, 20  # a pop-up is ended before its own time is up
@@ -172,7 +172,7 @@ class Steps:
         name = chance.choice(socket.which)
         is_mounted = chance.random() < 0.3
         if is_mounted and socket.place < DISK_SOCKETS:
-            node = f"/dev/sd{'abcdefgh'[socket.place]}1"
+            node = f"/dev/sd{LETTERS[socket.place]}1"
             self._mount_node(chance, node)
         for device in socket.plug(name):
             self.reference.plug(
@@ -230,7 +230,7 @@ class Steps:
 
     @staticmethod
     def _is_at(node, socket):
-        return socket.place < DISK_SOCKETS and node.startswith(f"/dev/sd{'abcdefgh'[socket.place]}")
+        return socket.place < DISK_SOCKETS and node.startswith(f"/dev/sd{LETTERS[socket.place]}")
 
     # ---- viewer
 
@@ -348,7 +348,7 @@ class Steps:
             assert client.call("SetEnablePopUP", self.reference.activated) == []
         else:
             clients[number] = client.unique_name
-            client.send("GetDeviceInfo", number, "/dev/sda1", no_reply=True)
+            client.send("GetDeviceInfo", number, "/dev/sdw1", no_reply=True)
         return f"{what} by {client.unique_name} as {number}"
 
     def _music_call(self, chance):

@@ -93,6 +93,20 @@ pytests() {
     --numprocesses="${4:-0}" --junitxml="$file" "${@:5}" "$3"
 }
 
+# A short slice of the endurance runs, with the seed of every time and with another:
+# soak NAME VARIANT CYCLES-ON-THE-SIMULATED-TV CYCLES-ON-THE-LINUX-MACHINE
+soak() {
+  local part seed cycles=([0]=$3 [1]=$4) parts=(simulated linux) i
+  for i in 0 1; do
+    part=${parts[i]}
+    for seed in 1 "$RANDOM"; do
+      check "$1 $part seed $seed" 300 "$python" "$root/tests/soak/soak.py" \
+        --build "$root/build/$2" "$part" --seed "$seed" --cycles "${cycles[i]}" \
+        --rest-every $((i ? 40 : 500))
+    done
+  done
+}
+
 # Fails when a sanitizer wrote a report, whichever process it was in, and shows the reports.
 no_sanitizer_reports() {
   # shellcheck disable=SC2016  # the inner bash expands it

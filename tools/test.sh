@@ -5,7 +5,7 @@ set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-all_suites=(unit bus ctl linux faults workbench resources packaging sanitize fuzz house lint)
+all_suites=(unit bus ctl linux faults workbench resources packaging soak sanitize fuzz house lint)
 asked=("$@")
 if ! ((${#asked[@]})); then
   asked=("${all_suites[@]}")
@@ -32,7 +32,7 @@ wanted() {
 source "$root/tools/suites.sh"
 
 release=0
-if wanted unit bus ctl linux faults workbench resources lint; then
+if wanted unit bus ctl linux faults workbench resources soak lint; then
   check 'build release' 1200 "$root/tools/build.sh" release
   release=$status
 fi
@@ -54,6 +54,10 @@ if wanted packaging; then
   # What is tried is what people install: the packages themselves.
   check 'packages' 1200 "$root/tools/package.sh"
   if ((status == 0)); then pytests packaging package tests/packaging; else blocked packaging; fi
+fi
+
+if wanted soak; then
+  if ((release == 0)); then soak soak release 4000 60; else blocked soak; fi
 fi
 
 if wanted sanitize; then

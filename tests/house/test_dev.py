@@ -51,6 +51,7 @@ class Checkout:
         self.write("tests/house/allowed-skips.txt", "")
         for suite in ("bus", "ctl", "linux"):
             self.write(f"tests/{suite}/test_{suite}.py", GOOD_PYTEST)
+        self.write("tests/soak/soak.py", "")
         self.write("debian/control", "Source: portmeld\nBuild-Depends: bash\n")
         self.pretend("meson", MESON)
         self.pretend("ninja", NINJA)
@@ -104,7 +105,7 @@ def test_help_is_one_screen_and_names_every_verb(checkout, arguments):
     assert status == 0
     assert len(lines) <= 24
     assert max(map(len, lines)) <= 100
-    for verb in ("run", "test", "fuzz", "coverage", "format", "build", "setup", "package", "vm", "picture", "help"):
+    for verb in ("run", "test", "fuzz", "coverage", "format", "build", "setup", "package", "vm", "picture", "soak", "help"):
         assert any(line.startswith(f"  {verb} ") for line in lines)
 
 
@@ -226,7 +227,7 @@ def test_after_a_failed_build_its_tests_do_not_run_and_count_as_failed(checkout)
     assert status == 1
     assert "A.cpp:1: error: no" in lines
     assert not (checkout.pretended / "unit-folder").exists()
-    assert lines[-1] == "0 passed, 8 failed"
+    assert lines[-1] == "0 passed, 9 failed"
 
 
 def test_results_of_an_earlier_run_are_not_counted(checkout):
@@ -244,13 +245,13 @@ def test_a_report_of_a_sanitizer_is_a_failure_though_every_test_passed(checkout)
     assert status == 1
     assert "ERROR: leak" in lines
     assert "failed: no sanitizer reports" in lines
-    # The build, two unit tests and one test of each other suite went well.
-    assert lines[-1] == "6 passed, 1 failed"
+    # The build, two unit tests, one test of each other suite and four runs of endurance went well.
+    assert lines[-1] == "10 passed, 1 failed"
 
 
 def test_sanitizers_without_a_report_pass(checkout):
     status, lines, _ = checkout.dev("test", "sanitize")
-    assert (status, lines[-1]) == (0, "7 passed, 0 failed")
+    assert (status, lines[-1]) == (0, "11 passed, 0 failed")
 
 
 def gone(process):

@@ -2,6 +2,7 @@
 // routes the two functions by which the daemon and its platform ask for time to it:
 //   PORTMELD_TEST_HASTE=N        divides the daemon's own periods by N
 //   PORTMELD_TEST_PORTS_HASTE=N  divides the periods of the ports, which ask in another way
+//   PORTMELD_TEST_POPUP_PATIENCE=N  multiplies the time after which pop-ups end by themselves
 #include <cstdlib>
 
 #include <glib.h>
@@ -20,16 +21,26 @@ namespace {
 constexpr guint WATCHDOG = 5'000;
 constexpr guint START_UP = 30'000;
 constexpr guint ACTIVATION = 60'000;
+constexpr guint QUESTION = 31'000;
+constexpr guint REMOVAL_NOTICE = 4'000;
+
+/// The number in a variable of the environment, 1 without it.
+guint factor(const char* variable) {
+    const char* const number = std::getenv(variable);
+    return number != nullptr ? static_cast<guint>(integer(number)) : 1;
+}
 
 guint hastened(guint interval, const char* variable) {
-    const char* const haste = std::getenv(variable);
-    return haste != nullptr ? interval / static_cast<guint>(integer(haste)) : interval;
+    return interval / factor(variable);
 }
 
 }  // namespace
 
 guint __wrap_g_timeout_add(guint interval, GSourceFunc function, gpointer data) {
     const bool isDaemons = interval == WATCHDOG || interval == START_UP || interval == ACTIVATION;
+    if (interval == QUESTION || interval == REMOVAL_NOTICE) {
+        interval *= factor("PORTMELD_TEST_POPUP_PATIENCE");
+    }
     return __real_g_timeout_add(isDaemons ? hastened(interval, "PORTMELD_TEST_HASTE") : interval,
                                 function, data);
 }

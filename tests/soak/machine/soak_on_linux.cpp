@@ -82,10 +82,12 @@ std::string answer(const std::string& line) {
     constexpr gboolean WAIT = TRUE;
     while (g_main_context_iteration(nullptr, !WAIT) != FALSE) {
     }
-    if (line == "memory") {
-        return print(number(static_cast<std::int64_t>(soak::measureMemory().inUse)));
+    if (line != "memory") {
+        return stateText();
     }
-    return stateText();
+    return print(soak::memoryCanBeMeasured()
+                     ? number(static_cast<std::int64_t>(soak::measureMemory().inUse))
+                     : nothing());
 }
 
 }  // namespace

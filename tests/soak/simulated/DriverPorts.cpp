@@ -61,6 +61,8 @@ void Driver::putIn(Chance& chance, Socket& socket) {
         device.devname.reset();
         if (chance.oneIn(4)) {
             device.serial.reset();
+        } else if (chance.oneIn(4)) {
+            device.serial = "/dev/sdf1";  // the key of a stick: one record then becomes the other
         }
     } else if (number == KEYBOARD_SOCKET) {
         device.usbClass = 3;

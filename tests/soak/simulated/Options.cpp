@@ -1,6 +1,7 @@
 // Reading the command line.
 #include "Options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 #include <stdexcept>
@@ -50,6 +51,8 @@ Options readOptions(int argc, char** argv) {
             options.steps = number(value);
         } else if (name == "--only") {
             options.only = numbers(value);
+        } else if (name == "--rest-every") {
+            options.restEvery = std::max<std::uint64_t>(number(value), 1);
         } else if (name == "--resources") {
             options.resources = value;
         } else {
@@ -59,7 +62,7 @@ Options readOptions(int argc, char** argv) {
     if (argc % 2 == 0 || options.resources.empty()) {
         throw std::invalid_argument(
             "usage: soak-simulated --resources FOLDER [--seed N] [--cycles N | --steps N] "
-            "[--only N,N-N,...]");
+            "[--only N,N-N,...] [--rest-every STEPS]");
     }
     return options;
 }

@@ -26,7 +26,6 @@ namespace {
 
 using soak::Memory;
 
-constexpr std::uint64_t REST_EVERY = 1'000;  // steps
 constexpr int WARM_UP = 10;                  // rests after which memory must stay as it is
 constexpr std::size_t MOST_GROWTH = 65'536;  // bytes
 constexpr std::size_t HISTORY = 30;          // steps that a failure shows
@@ -60,7 +59,7 @@ public:
             }
             compare(driver_->step(options_.seed, number_));
             ++steps_;
-            if (number_ % REST_EVERY == 0 && !failed_) {
+            if (number_ % options_.restEvery == 0 && !failed_) {
                 rest();
             }
         }

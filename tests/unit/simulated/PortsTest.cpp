@@ -179,6 +179,15 @@ TEST_F(PortsTest, EnumerateThePresentDevicesOfAClassInTheOrderOfPlugging) {
     EXPECT_EQ(enumerated(3), Texts{});
 }
 
+TEST_F(PortsTest, ListWhatCameBackInItsOldPlaceWithoutAnEvent) {
+    const DeviceId first = tv.ports().insert({});
+    tv.ports().insert({});
+    tv.ports().vanish(first);
+    tv.ports().comeBack(first);
+    EXPECT_EQ(enumerated(USB_CLASS_MASS_STORAGE), (Texts{"/dev/sda1", "/dev/sdb1"}));
+    EXPECT_EQ(settled(), Texts{});
+}
+
 bool takeTwo(usb_device_s* device, void* user) {
     auto& names = *static_cast<Texts*>(user);
     names.emplace_back(usb_device_get_devname(device));

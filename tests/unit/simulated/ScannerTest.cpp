@@ -56,6 +56,8 @@ TEST_F(ScannerTest, ReportsASingleMediaFileLater) {
     EXPECT_EQ(tv.scanner().running(), 0U);
     EXPECT_FALSE(tv.scanner().walking());
     EXPECT_EQ(tv.scanner().started(), Texts{folder});
+    tv.scanner().clearStarted();
+    EXPECT_EQ(tv.scanner().started(), Texts{});
 }
 
 TEST_F(ScannerTest, ReportsNothingForNoneOrSeveralMediaFiles) {

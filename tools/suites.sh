@@ -94,16 +94,12 @@ pytests() {
 }
 
 # A short slice of the endurance runs, with the seed of every time and with another:
-# soak NAME VARIANT CYCLES-ON-THE-SIMULATED-TV CYCLES-ON-THE-LINUX-MACHINE
+# soak PART CYCLES STEPS-BETWEEN-TWO-LOOKS-AT-THE-MEMORY
 soak() {
-  local part seed cycles=([0]=$3 [1]=$4) parts=(simulated linux) i
-  for i in 0 1; do
-    part=${parts[i]}
-    for seed in 1 "$RANDOM"; do
-      check "$1 $part seed $seed" 300 "$python" "$root/tests/soak/soak.py" \
-        --build "$root/build/$2" "$part" --seed "$seed" --cycles "${cycles[i]}" \
-        --rest-every $((i ? 40 : 500))
-    done
+  local seed
+  for seed in 1 "$RANDOM"; do
+    check "soak $1 seed $seed" 300 "$python" "$root/tests/soak/soak.py" \
+      --build "$root/build/release" "$1" --seed "$seed" --cycles "$2" --rest-every "$3"
   done
 }
 

@@ -57,7 +57,12 @@ if wanted packaging; then
 fi
 
 if wanted soak; then
-  if ((release == 0)); then soak soak release 4000 60; else blocked soak; fi
+  if ((release == 0)); then
+    soak simulated 4000 500
+    soak linux 60 40
+  else
+    blocked soak
+  fi
 fi
 
 if wanted sanitize; then

@@ -21,7 +21,8 @@ from surroundings import Surroundings  # noqa: E402 (the path comes first)
 from steps import Steps  # noqa: E402
 
 WARM_UP = 5  # rests after which memory must stay as it is
-MOST_GROWTH = 65536  # bytes
+# Bytes in use are exact; pages depend on where things come to lie, and tell of what malloc does not know.
+MOST_GROWTH = {"in use": 65536, "private and dirty": 16 * 65536}
 HISTORY = 30
 
 
@@ -74,7 +75,7 @@ class Run:
         if self.rests == WARM_UP:
             self.warm = self.now
         for what in self.now if self.warm else ():
-            if self.now[what] > self.warm[what] + MOST_GROWTH:
+            if self.now[what] > self.warm[what] + MOST_GROWTH[what]:
                 raise Differs(f"memory {what}: {self.warm[what]} after the warm-up, {self.now[what]} now")
 
     def figures(self, began):

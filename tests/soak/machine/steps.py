@@ -101,12 +101,8 @@ class Steps:
             started = name.removeprefix("app-").rsplit("-", 1)[0]
             assert started == self._launch, f"{self._launch} expected to be launched, {started} found"
             self._launch = None
-        strays = self.around.manager.calls_so_far() + self._stray_popups()
+        strays = self.around.manager.calls_so_far() + self.around.screen.calls_so_far("Notify")
         assert not strays, f"not expected: {strays}"
-
-    def _stray_popups(self):
-        with self.around.screen._changed:
-            return [line for line in self.around.screen._answers if line.get("call") == "Notify"]
 
     def _compare_signals(self):
         heard = []

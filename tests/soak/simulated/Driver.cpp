@@ -41,6 +41,7 @@ const std::vector<Driver::Kind>& Driver::kinds() {
         {2, "media server", &Driver::dlna},
         {2, "scans", &Driver::holdScans},
         {3, "stray report", &Driver::strayReport},
+        {2, "refusal", &Driver::refusal},
         {14, "call", &Driver::call},
         {3, "music", &Driver::callMusic},
         {1, "unanswered call", &Driver::callUnanswered},
@@ -110,6 +111,8 @@ void Driver::restingStep(int number) {
         case 1:
             endApplications(chance);
             tv_.small().contextState = world_.contextState = 0;
+            tv_.journal().clearFaults();
+            world_.popupFails = world_.launchFails = world_.listFails = false;
             break;
         case 2:
             setUseMode(0);

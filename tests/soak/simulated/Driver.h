@@ -91,6 +91,7 @@ private:
     void endApplications(Chance& chance);
     void holdScans(Chance& chance);
     void strayReport(Chance& chance);
+    void refusal(Chance& chance);
 
     // bus
     void call(Chance& chance);

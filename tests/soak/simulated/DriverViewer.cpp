@@ -124,9 +124,6 @@ void Driver::companion(Chance& chance) {
     } else {
         world_.running.erase(COMPANION);
     }
-    if (!runs && world_.foreground == COMPANION) {
-        world_.foreground.clear();
-    }
     doing_ += runs ? " runs" : " ends";
 }
 
@@ -135,7 +132,6 @@ void Driver::endApplications(Chance&) {
         tv_.applications().setRunning(appId, false);
     }
     world_.running.clear();
-    world_.foreground.clear();
 }
 
 // ---- time and power
@@ -240,6 +236,17 @@ void Driver::dlna(Chance& chance) {
     world_.dlnaName = name;
     later([this] { model_.dlnaNameChanged(); });
     doing_ += std::string(" ") + name;
+}
+
+/// The platform will refuse something once.
+void Driver::refusal(Chance& chance) {
+    const int which = chance.below(3);
+    const char* const functions[] = {"add_notification_data", "app_control_send_launch_request",
+                                     "usb_device_get_device_list"};
+    bool* const fails[] = {&world_.popupFails, &world_.launchFails, &world_.listFails};
+    *fails[which] = true;
+    tv_.journal().order(functions[which], simulated::Fault::Fails, 1);
+    doing_ += std::string(" ") + functions[which];
 }
 
 // ---- content scan

@@ -139,6 +139,9 @@ RecordPtr Model::add(const UsbDevice& device) {
 
 void Model::enumerate() {
     for (const int usbClass : {STORAGE, CAMERA}) {
+        if (std::exchange(world_.listFails, false)) {
+            continue;
+        }
         for (const auto& [id, device] : world_.ports) {
             if (device.usbClass == usbClass) {
                 settleName(*add(device));

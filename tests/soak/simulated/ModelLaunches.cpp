@@ -13,10 +13,12 @@ std::string member(const char* key, const std::string& text) {
 }  // namespace
 
 void Model::launch(const std::string& appId) {
+    if (std::exchange(world_.launchFails, false)) {
+        return;
+    }
     effects_.launches.push_back({appId, extraData_});
     if (!appId.empty()) {
         world_.running.insert(appId);
-        world_.foreground = appId;
     }
 }
 

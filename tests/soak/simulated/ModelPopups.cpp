@@ -122,6 +122,9 @@ void Model::dlnaNameChanged() {
 /// The TV shows one pop-up at a time. Of one that is replaced nothing is heard any more, but for the end
 /// of a removal notice.
 void Model::show(Shown popup) {
+    if (std::exchange(world_.popupFails, false)) {
+        return;
+    }
     if (screen_ && screen_->itemType == 2) {
         screenTimer_ = 0;
     }

@@ -36,7 +36,6 @@ struct World {
     std::map<int, simulated::UsbDevice> ports;  ///< what is plugged in, in order of enumeration
     std::map<std::string, Folder> folders;      ///< by path
     std::set<std::string> running;              ///< applications
-    std::string foreground;                     ///< the application in front
     int useMode = 0;
     int demoMode = 0;
     bool demoFiles = false;  ///< the TV has demonstration films of its own
@@ -45,6 +44,8 @@ struct World {
     std::string dlnaName;
     std::optional<std::string> dlnaIcon;
     bool scansAreHeld = false;
+    // The platform refuses the next one of each.
+    bool popupFails = false, launchFails = false, listFails = false;
 };
 
 }  // namespace soak

@@ -206,6 +206,8 @@ class Steps:
         return self._take_out(chance.choice(occupied)) if occupied else "nothing to pull"
 
     def _take_out(self, socket):
+        if socket.devices and not self.reference.devices:
+            self._have_listed()
         # What is below goes first, and what is told is told when the disk goes: in order of coming.
         order = [port.key for port in self.reference.ports]
         devices = sorted(socket.pull(), key=lambda device: order.index(device.key))
@@ -216,6 +218,15 @@ class Steps:
             self.around.umount(self._mounted.pop(node))
         self.cycles += 1
         return f"from {socket.place}"
+
+    def _have_listed(self):
+        """Some time after a wake-up each partition goes at a time of its own. Of one that is not listed the
+        state does not tell when it is gone."""
+        client = self.around.new_client()
+        self._clients[client.unique_name] = client
+        self.reference.clients[1] = client.unique_name
+        self._signals += [(client.unique_name, *told) for told in self.reference.request_all()]
+        assert client.call("RequesAll", 1) == []
 
     @staticmethod
     def _is_at(node, socket):

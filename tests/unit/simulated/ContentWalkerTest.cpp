@@ -64,6 +64,24 @@ TEST_F(ContentWalkerTest, TellsTheKindsApart) {
     }
 }
 
+TEST_F(ContentWalkerTest, FindsAFilmOfMoreThanFourGibibytesWithItsWholeSize) {
+    const std::string film = stick.file("film.mkv");
+    constexpr off_t SIZE = off_t{5} << 30;
+    ASSERT_EQ(truncate(film.c_str(), SIZE), 0);
+    const WalkResult result = walk();
+    EXPECT_EQ(result.outcome, WalkOutcome::Single);
+    EXPECT_EQ(result.file.size, SIZE);
+}
+
+TEST_F(ContentWalkerTest, FindsAPhotoWhoseTimeIsMoreThanASigned32BitNumberHolds) {
+    const std::string photo = stick.file("photo.jpg");
+    const timespec times[2] = {{1, 0}, {4'102'444'800, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, photo.c_str(), times, 0), 0);
+    const WalkResult result = walk();
+    EXPECT_EQ(result.outcome, WalkOutcome::Single);
+    EXPECT_EQ(result.file.modified, 4'102'444'800);
+}
+
 TEST_F(ContentWalkerTest, EndsAtTheSecondMediaFileOfAnyKind) {
     stick.file("a.jpg");
     stick.file("deep/down/b.mp3");

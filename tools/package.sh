@@ -1,13 +1,19 @@
 #!/usr/bin/env bash
 # Makes the Debian packages in a copy of the project and has lintian judge them; they are left in
 # build/package, or in the folder that is named. Packages of a project that has not changed since are
-# kept. The tests are not run: ./dev test packaging tries the packages.
+# kept. The tests are not run: ./dev test packaging tries the packages. With --arch ARCHITECTURE the
+# packages are for other machines, whose compiler and libraries must be there: ./dev cross sees to that.
 set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
+architecture=
+if [[ ${1:-} == --arch && -n ${2:-} ]]; then
+  architecture=$2
+  shift 2
+fi
 if (($# > 1)) || [[ ${1:-} == -* ]]; then
-  die 2 "package: takes one argument, the folder to leave the packages in"
+  die 2 "package: takes --arch ARCHITECTURE, and the folder to leave the packages in"
 fi
 folder=${1:-$root/build/package}
 mkdir -p "$folder"
@@ -29,7 +35,13 @@ exec 9>"$folder/lock"
 flock 9
 log=$folder/log
 stamp=$folder/stamp
-content=$(archive project --mtime=@0 | sha256sum)
+content=$architecture$(archive project --mtime=@0 | sha256sum)
+profiles=nocheck
+builder=(dpkg-buildpackage --no-sign)
+if [[ -n $architecture ]]; then
+  profiles+=" cross"
+  builder+=(--host-arch "$architecture")
+fi
 if [[ -f $stamp && $(<"$stamp") == "$content" ]]; then
   say "package: nothing has changed"
 else
@@ -38,8 +50,8 @@ else
   version=$(dpkg-parsechangelog -l "$root/debian/changelog" -S Version)
   archive "portmeld-$version" | tar -C "$folder" -x
   cd "$folder/portmeld-$version"
-  if ! DEB_BUILD_OPTIONS="nocheck parallel=$(nproc) ${DEB_BUILD_OPTIONS:-}" DEB_BUILD_PROFILES=nocheck \
-    dpkg-buildpackage --no-sign >"$log" 2>&1 </dev/null; then
+  if ! DEB_BUILD_OPTIONS="nocheck parallel=$(nproc) ${DEB_BUILD_OPTIONS:-}" DEB_BUILD_PROFILES=$profiles \
+    "${builder[@]}" >"$log" 2>&1 </dev/null; then
     tail -n 100 "$log" >&2
     die 1 "package: dpkg-buildpackage failed"
   fi

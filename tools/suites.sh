@@ -1,11 +1,13 @@
 # How a suite or a check is run: in what surroundings, with what time limit, where its output and
 # its results go. test.sh and coverage.sh say which. To be sourced after common.sh; it empties
-# build/results and sets the environment that tests work in.
+# the folder of results and sets the environment that tests work in.
 # shellcheck shell=bash
 
 : "${root:?common.sh comes first}" "${python:?}"
 
-results=$root/build/results
+results=${PORTMELD_RESULTS:-$root/build/results}
+# How many times longer than usual everything may take: for an emulated machine.
+patience=${PORTMELD_PATIENCE:-1}
 # One line for each thing that ran, tab-separated; tests/house/summary.py adds them up.
 manifest=$results/manifest
 sanitizer_reports=$results/sanitizer-reports
@@ -32,7 +34,7 @@ trap 'kill ${running:-} 2>/dev/null; exit 130' INT TERM
 # Runs a command with a time limit in seconds, its output in a log that is shown when it fails; sets
 # status: limited NAME LIMIT COMMAND...
 limited() {
-  local name=$1 limit=$2 log=$results/${1// /-}.log began=$SECONDS
+  local name=$1 limit=$(($2 * patience)) log=$results/${1// /-}.log began=$SECONDS
   shift 2
   printf '\n== %s\n' "$name"
   status=0
@@ -51,8 +53,8 @@ limited() {
   if ((status == 124 || status == 137)); then
     printf 'FAILED: no end within %d s\n' "$limit"
   else
-    printf 'FAILED: exit status %d after %d s; all output: build/results/%s\n' \
-      "$status" $((SECONDS - began)) "${log##*/}"
+    printf 'FAILED: exit status %d after %d s; all output: %s\n' \
+      "$status" $((SECONDS - began)) "${log#"$root"/}"
   fi
 }
 

@@ -13,6 +13,7 @@ SOURCE = pathlib.Path(os.environ["PORTMELD_SOURCE_DIR"])
 
 BUILD = """#!/bin/bash
 echo "$PWD" >>"$CALLS"
+echo "$DEB_BUILD_PROFILES: $*" >>"$CALLS"
 ls -A >"$(dirname "$PWD")/portmeld_listing"
 echo "cannot compile"
 [[ ! -e $PRETENDED/build-fails ]] || exit 2
@@ -128,7 +129,19 @@ def test_a_complaint_of_lintian_is_a_failure_each_time(checkout):
     assert "--fail-on error,warning" in checkout.calls.read_text()
 
 
-@pytest.mark.parametrize("arguments", [("--help-me",), ("one", "two")])
-def test_it_takes_a_folder_and_nothing_else(checkout, arguments):
+def test_for_another_architecture_they_are_built_as_cross_builds_are(checkout):
+    assert checkout.package("--arch", "armhf")[0] == 0
+    built = checkout.calls.read_text().splitlines()[1]
+    assert built == "nocheck cross: --no-sign --host-arch armhf"
+
+
+def test_packages_of_another_architecture_are_not_kept_for_ones_own(checkout):
+    checkout.package("--arch", "armhf")
+    assert checkout.package()[0] == 0
+    assert "nocheck: --no-sign" in checkout.calls.read_text().splitlines()
+
+
+@pytest.mark.parametrize("arguments", [("--help-me",), ("one", "two"), ("--arch",)])
+def test_it_takes_an_architecture_and_a_folder_and_nothing_else(checkout, arguments):
     assert checkout.package(*arguments)[0] == 2
     assert checkout.builds() == 0

@@ -8,7 +8,8 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 # Variants put a relative folder in front of the daemon's absolute paths, so that each process finds
-# them below the folder that it works in. "machine" is what `./dev run --machine` runs from anywhere.
+# them below the folder that it works in. "machine" is what `./dev run --machine` runs from anywhere, and
+# "bench" the same with what it is measured against.
 common_options=(-Dwerror=true -Dpath_prefix=./root)
 
 # Sets options to how a variant is configured, and targets to what is built of it: nothing for all.
@@ -26,11 +27,12 @@ options_of() {
       targets=(fuzz-harnesses)
       ;;
     machine) options=(-Dbuildtype=release -Ddevelopment=false) ;;
-    *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage, fuzz and machine" ;;
+    bench) options=(-Dbuildtype=release -Ddevelopment=false -Dbench=true) ;;
+    *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage, fuzz, machine and bench" ;;
   esac
   options=("${common_options[@]}" "${options[@]}")
-  if [[ $1 == machine ]]; then
-    options+=("-Dpath_prefix=$root/build/machine-image")
+  if [[ $1 == machine || $1 == bench ]]; then
+    options+=("-Dpath_prefix=$root/build/$1-image")
   fi
 }
 

@@ -1,0 +1,1 @@
+"""What is measured: one subject a file. A new file here is found by itself."""

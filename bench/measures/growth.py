@@ -1,0 +1,66 @@
+"""How the cost grows: with attached devices when they are enumerated, and with registered clients when
+one event is told to all of them. Instructions of the daemon, its log at the usual level."""
+
+from frame.figures import Figure, at_most, exponent
+from frame.registry import measure
+from measures import _counted
+
+DEVICES = [10, 100, 1_000]
+CLIENTS = [10, 100, 1_000, 10_000]
+
+
+def enumeration(orders, _clients):
+    """Counts the listing of all devices."""
+    orders("count")
+    orders("enumerate")
+    orders("stop")
+
+
+@measure("devices", "growth with devices")
+def devices(bench):
+    """Sticks of as many products as there are sticks, and sticks that are all alike: these get numbers
+    behind their names, and each number is one that no other has."""
+    curves = {
+        "each of its own product": [
+            (count, _counted.daemon(bench, count, count, enumeration)) for count in DEVICES
+        ],
+        "all of one product": [
+            (count, _counted.daemon(bench, count, 1, enumeration)) for count in DEVICES
+        ],
+    }
+    exponents = {name: exponent(curve[0], curve[-1]) for name, curve in curves.items()}
+    worst = max(exponents, key=exponents.get)
+    yield Figure(
+        "growth with devices, 10 → 1,000",
+        exponents[worst],
+        "(exponent)",
+        goal=at_most(1.2),
+        note="; ".join(f"{name} {value:.2f}" for name, value in exponents.items())
+        + f"; {curves[worst][-1][1] / DEVICES[-1]:,.0f} instructions a device of 1,000",
+        curves=curves,
+    )
+
+
+@measure("clients", "growth with clients")
+def clients(bench):
+    """One removal; what does not depend on the clients hardly counts in the last decade."""
+
+    def removal(count):
+        def act(orders, bus_clients):
+            orders("enumerate")
+            bus_clients.register(count)
+            orders("count")
+            orders("pull")
+            orders("stop")
+
+        return _counted.daemon(bench, 2, 2, act)
+
+    curve = [(count, removal(count)) for count in CLIENTS]
+    yield Figure(
+        "growth with clients, 10 → 10,000",
+        exponent(curve[-2], curve[-1]),
+        "(exponent)",
+        goal=at_most(1.05),
+        note="the exponent from 1,000 to 10,000 clients; linear is 1",
+        curves={"one removal": curve},
+    )

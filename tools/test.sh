@@ -32,7 +32,7 @@ wanted() {
 source "$root/tools/suites.sh"
 
 release=0
-if wanted unit bus ctl linux faults workbench resources soak lint; then
+if wanted unit bus ctl linux faults workbench resources soak house lint; then
   check 'build release' 1200 "$root/tools/build.sh" release
   release=$status
 fi

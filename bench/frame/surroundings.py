@@ -7,6 +7,7 @@ import os
 import pathlib
 import re
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -137,6 +138,11 @@ def total_instructions(text):
     if not found or found[1] == "0":
         raise CannotRun("callgrind counted nothing")
     return int(found[1])
+
+
+def median_of(times, count):
+    """The median of some runs of a count: threads that take turns differently count a little differently."""
+    return statistics.median(count() for _ in range(times))
 
 
 def alternate(ours, peer, runs=RUNS):

@@ -3,9 +3,10 @@ client. Both are counted in instructions of the daemon's process, in all its thr
 
 from frame.figures import Figure, per_item, ratio_at_most
 from frame.registry import measure
+from frame.surroundings import median_of
 from measures import _counted
 
-FEW, MANY = 10, 110
+FEW, MANY = 10, 210
 CLIENTS = 256
 
 
@@ -20,7 +21,10 @@ def listing(bench):
         clients.call("RequesAll", "(i)", 1)
         orders("stop")
 
-    points = [(sticks, _counted.daemon(bench, sticks, sticks, answer)) for sticks in (FEW, MANY)]
+    points = [
+        (sticks, median_of(3, lambda s=sticks: _counted.daemon(bench, s, s, answer)))
+        for sticks in (FEW, MANY)
+    ]
     text, length = _counted.one_text(bench)
     signal = _counted.one_signal(bench, "fresh", length)
     yield Figure(
@@ -48,7 +52,7 @@ def removal(bench):
     _, length = _counted.one_text(bench)
     yield Figure(
         f"removal, per client of {CLIENTS}",
-        _counted.daemon(bench, 2, 2, pull) / CLIENTS,
+        median_of(3, lambda: _counted.daemon(bench, 2, 2, pull)) / CLIENTS,
         "instructions",
         _counted.one_signal(bench, "shared", length),
         "one GDBus signal",

@@ -107,6 +107,7 @@ void CMMDeviceMgr::m_SetDisplayedDevice(CMMDeviceInfo* pDeviceInfo) {
 void CMMDeviceMgr::m_DropDeviceList() {
     m_pDroppedList = g_list_concat(m_pDevList, m_pDroppedList);
     m_pDevList = nullptr;
+    m_index.Clear();
 }
 
 /// Free the records of lists dropped earlier, except those that are still pointed at.

@@ -28,6 +28,7 @@
 #include <platform/settings.h>
 #include <platform/usb.h>
 
+#include "MMDeviceIndex.h"
 #include "MMDeviceInfo.h"
 
 /// Kinds of list; only the one of USB devices exists.
@@ -176,6 +177,7 @@ private:
     int m_DevDeleteNode(CMMDeviceInfo* pNode);
     CMMDeviceInfo* m_ListOrDrop(std::unique_ptr<CMMDeviceInfo> pDeviceInfo);
     int* m_FileSystemCounter(int nFsType);
+    GList* m_LoggedWalk() const;
     bool m_DeviceIsInList(const std::string& strKey);
     CMMDeviceInfo* m_SearchDevice(const std::string& strKey);
     void m_DeviceListClean(_MMDeviceListType_E eListType);
@@ -228,6 +230,7 @@ private:
     static bool m_OnConnectedUsbForDemoCallback(usb_device_s* pUsbDeviceHnd, void* pThis) noexcept;
 
     GList* m_pDevList;                 // CMMDeviceInfo*, owned, newest first
+    CMMDeviceIndex m_index;            // of that list
     unsigned m_nEnableTimerId;         // may be stale
     unsigned m_nDemoTimerId;           // may be stale
     void (*m_pDeviceNotifyCB)(void*);  // extension point: nothing sets it

@@ -33,6 +33,21 @@ long long Kilobytes(unsigned long long nBlockSize, unsigned long long nBlocks) {
     return static_cast<long long>(nBlockSize * nBlocks) / BYTES_PER_KB;
 }
 
+/// The numbers that records have, all but one of them. In a plain loop: a thousand sticks of one product
+/// are a thousand times this.
+std::vector<int> IndexesWithout(const CMMDeviceInfo* pOne,
+                                const CMMDeviceIndex::Records& vRecords) {
+    std::vector<int> vIndexes(vRecords.size());
+    std::size_t nIndexes = 0;
+    for (const CMMDeviceInfo* pRecord : vRecords) {
+        if (pRecord != pOne) {
+            vIndexes[nIndexes++] = pRecord->GetIndex();
+        }
+    }
+    vIndexes.resize(nIndexes);
+    return vIndexes;
+}
+
 /// Whether two records agree in a text, read through one of their pointer getters.
 bool SameText(CMMDeviceInfo* pOne,
               CMMDeviceInfo* pOther,
@@ -134,18 +149,16 @@ void CMMDeviceMgr::m_CheckDeviceProductName(CMMDeviceInfo* pDeviceInfo) {
     pDeviceInfo->GetDeviceKey(&pKey);
     pDeviceInfo->GetDeviceName(&pName);
     MM_INFO("Product:%s key=%s name=%s Device count=%d", pProduct->c_str(), pKey->c_str(),
-            pName->c_str(), get_list_count(m_pDevList));
+            pName->c_str(), m_index.Count());
 
-    std::vector<int> vUsedIndexes;
+    for (GList* pList = m_LoggedWalk(); pList != nullptr; pList = pList->next) {
+        MM_INFO("pNode:%p", pList->data);
+    }
+    const std::vector<int> vUsedIndexes =
+        IndexesWithout(m_index.Find(*pKey), m_index.OfProduct(*pProduct));
     int nMaxIndex = 0;
-    for (GList* pList = m_pDevList; pList != nullptr; pList = pList->next) {
-        auto* pNode = static_cast<CMMDeviceInfo*>(pList->data);
-        MM_INFO("pNode:%p", static_cast<void*>(pNode));
-        if (SameText(pNode, pDeviceInfo, &CMMDeviceInfo::GetProduct) &&
-            !SameText(pNode, pDeviceInfo, &CMMDeviceInfo::GetDeviceKey)) {
-            vUsedIndexes.push_back(pNode->GetIndex());
-            nMaxIndex = std::max(nMaxIndex, pNode->GetIndex());
-        }
+    for (const int nUsed : vUsedIndexes) {
+        nMaxIndex = std::max(nMaxIndex, nUsed);
     }
     const int nValidIndex = m_GetValidIndex(vUsedIndexes, nMaxIndex);
     MM_INFO("Product:%s key=%s name=%s nValidIndex=%d", pProduct->c_str(), pKey->c_str(),

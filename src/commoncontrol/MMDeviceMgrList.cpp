@@ -1,7 +1,8 @@
 // The device list: insertion and removal with their counters, look-up, clean-up, the public queries, and
 // the number that tells devices of one product apart.
 //
-// Look-ups log each node that they pass, and compare through the records' own strings without copying.
+// Look-ups ask the index. Each node that a walk through the list would pass is logged all the same, where
+// anybody sees it.
 #include <algorithm>
 
 #include "MMDeviceMgr.h"
@@ -55,11 +56,8 @@ int CMMDeviceMgr::m_DevListUpdate(CMMDeviceInfo* pDeviceInfo, bool bFlagInsert) 
 /// and the listed one is the result.
 CMMDeviceInfo* CMMDeviceMgr::m_ListOrDrop(std::unique_ptr<CMMDeviceInfo> pDeviceInfo) {
     m_DevListUpdate(pDeviceInfo.get(), true);
-    GList* pNode = m_pDevList;  // a record that was taken is at the head
-    while (KeyOf(RecordOf(pNode)) != KeyOf(pDeviceInfo.get())) {
-        pNode = pNode->next;
-    }
-    return RecordOf(pNode) == pDeviceInfo.get() ? pDeviceInfo.release() : RecordOf(pNode);
+    CMMDeviceInfo* pListed = m_index.Find(KeyOf(pDeviceInfo.get()));
+    return pListed == pDeviceInfo.get() ? pDeviceInfo.release() : pListed;
 }
 
 int CMMDeviceMgr::m_DevInsertNode(CMMDeviceInfo* pNode) {
@@ -86,6 +84,7 @@ int CMMDeviceMgr::m_DevInsertNode(CMMDeviceInfo* pNode) {
     }
     MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
     m_pDevList = g_list_prepend(m_pDevList, pNode);
+    m_index.Add(pNode);
     MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
     return MM_DEVICE_LIST_DONE;
 }
@@ -109,6 +108,7 @@ int CMMDeviceMgr::m_DevDeleteNode(CMMDeviceInfo* pNode) {
     }
     MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
     m_pDevList = g_list_remove(m_pDevList, pNode);
+    m_index.Remove(pNode);
     MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
     return MM_DEVICE_LIST_DONE;
 }
@@ -129,15 +129,21 @@ int* CMMDeviceMgr::m_FileSystemCounter(int nFsType) {
     }
 }
 
+/// The list for a walk that is made for its log lines alone; none when nobody sees them.
+GList* CMMDeviceMgr::m_LoggedWalk() const {
+    return MMInfoIsShown() ? m_pDevList : nullptr;
+}
+
 bool CMMDeviceMgr::m_DeviceIsInList(const std::string& strKey) {
     MM_INFO("pcDevName:%s", strKey.c_str());
-    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+    const CMMDeviceInfo* pFound = m_index.Find(strKey);
+    for (GList* pNode = m_LoggedWalk(); pNode != nullptr; pNode = pNode->next) {
         MM_INFO("pNode:%p", pNode->data);
-        if (KeyOf(RecordOf(pNode)) == strKey) {
-            return true;
+        if (RecordOf(pNode) == pFound) {
+            break;
         }
     }
-    return false;
+    return pFound != nullptr;
 }
 
 CMMDeviceInfo* CMMDeviceMgr::m_SearchDevice(const std::string& strKey) {
@@ -146,18 +152,19 @@ CMMDeviceInfo* CMMDeviceMgr::m_SearchDevice(const std::string& strKey) {
         MM_INFO("m_pDevList is null");
         return nullptr;
     }
-    for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
+    CMMDeviceInfo* pFound = m_index.Find(strKey);
+    for (GList* pNode = m_LoggedWalk(); pNode != nullptr; pNode = pNode->next) {
         MM_INFO("%p", pNode->data);
-        const std::string& strNodeKey = KeyOf(RecordOf(pNode));
-        MM_INFO("Device Key:%s", strNodeKey.c_str());
-        if (strNodeKey == strKey) {
-            MM_INFO("Finde device");
-            MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
-            return RecordOf(pNode);
+        MM_INFO("Device Key:%s", KeyOf(RecordOf(pNode)).c_str());
+        if (RecordOf(pNode) == pFound) {
+            break;
         }
     }
+    if (pFound != nullptr) {
+        MM_INFO("Finde device");
+    }
     MM_INFO("m_pDevList:%p", static_cast<void*>(m_pDevList));
-    return nullptr;
+    return pFound;
 }
 
 void CMMDeviceMgr::m_DeviceListClean(_MMDeviceListType_E eListType) {
@@ -166,6 +173,7 @@ void CMMDeviceMgr::m_DeviceListClean(_MMDeviceListType_E eListType) {
     if (eListType != MM_DEVICE_LIST_USB || m_pDevList == nullptr) {
         return;
     }
+    m_index.Clear();
     for (GList* pNode = m_pDevList; pNode != nullptr; pNode = pNode->next) {
         m_DestroyRecord(RecordOf(pNode));
     }
@@ -189,18 +197,21 @@ int CMMDeviceMgr::m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMax
     }
     // Used numbers marked once: the walk over the candidates stays linear. Of the first n + 1 candidates
     // n used numbers leave one free, so higher numbers need no mark.
-    std::vector<bool> vTaken(vUsedIndexes.size() + 2, false);
+    std::vector<char> vTaken(vUsedIndexes.size() + 2, 0);
     for (const int nUsed : vUsedIndexes) {
-        if (nUsed >= 0 && static_cast<std::size_t>(nUsed) < vTaken.size()) {
-            vTaken[static_cast<std::size_t>(nUsed)] = true;
+        if (static_cast<std::size_t>(nUsed) < vTaken.size()) {  // never true for a negative number
+            vTaken[static_cast<std::size_t>(nUsed)] = 1;
         }
     }
-    // 1 is never given: the first device of a product has no number, the second is its number 2.
-    int nCandidate = 0;
-    while (nCandidate <= nMaxIndex && vTaken[static_cast<std::size_t>(nCandidate)]) {
-        nCandidate = nCandidate == 0 ? 2 : nCandidate + 1;
+    if (vTaken[0] == 0) {
+        return 0;
     }
-    return nCandidate;
+    // 1 is never given: the first device of a product has no number, the second is its number 2.
+    constexpr int FIRST_GIVEN = 2;
+    const int nEnd =
+        std::max(FIRST_GIVEN, std::min(static_cast<int>(vTaken.size()) - 1, nMaxIndex) + 1);
+    const auto found = std::find(vTaken.begin() + FIRST_GIVEN, vTaken.begin() + nEnd, 0);
+    return static_cast<int>(found - vTaken.begin());
 }
 
 int CMMDeviceMgr::GetDeviceCount() {

@@ -5,6 +5,7 @@
 // included.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -22,6 +23,67 @@ constexpr const char* MMBaseName(const char* path) {
     return name;
 }
 
+/// Whether info lines are to be seen, as far as the platform tells. Lines need not ask: walks do that are
+/// made for their lines alone.
+inline bool MMInfoIsShown() {
+    return dlog_is_shown == nullptr || dlog_is_shown(DLOG_PRIORITY_INFO) != 0;
+}
+
+/// Room for any line number.
+constexpr std::size_t MM_MOST_DIGITS = 10;
+
+/// What stands in front of a message, made while compiling: "FILE: FUNCTION(LINE) > ", and behind it, where
+/// there is a mark, "MARK[FUNCTION:LINE] ".
+template <std::size_t SIZE>
+struct SMMPrefix {
+    char szText[SIZE] = {};
+    std::size_t nLength = 0;
+
+    constexpr void Append(const char* pText) {
+        for (; *pText != '\0'; ++pText) {
+            szText[nLength++] = *pText;
+        }
+    }
+    constexpr void Append(int nNumber) {
+        char szDigits[MM_MOST_DIGITS + 1] = {};
+        char* pDigit = szDigits + MM_MOST_DIGITS;
+        for (; nNumber > 0; nNumber /= 10) {
+            *--pDigit = static_cast<char>('0' + nNumber % 10);
+        }
+        Append(pDigit);
+    }
+};
+
+/// The bytes that such a prefix has at most.
+constexpr std::size_t MMPrefixSize(const char* file, const char* function, const char* mark) {
+    using Length = std::char_traits<char>;
+    const std::size_t nPlace = Length::length(function) + MM_MOST_DIGITS + sizeof(": () > ");
+    return Length::length(MMBaseName(file)) + Length::length(mark) + 2 * nPlace;
+}
+
+template <std::size_t SIZE>
+constexpr SMMPrefix<SIZE> MMMakePrefix(const char* file,
+                                       const char* function,
+                                       int line,
+                                       const char* mark) {
+    SMMPrefix<SIZE> stPrefix;
+    stPrefix.Append(MMBaseName(file));
+    stPrefix.Append(": ");
+    stPrefix.Append(function);
+    stPrefix.Append("(");
+    stPrefix.Append(line);
+    stPrefix.Append(") > ");
+    if (*mark != '\0') {
+        stPrefix.Append(mark);
+        stPrefix.Append("[");
+        stPrefix.Append(function);
+        stPrefix.Append(":");
+        stPrefix.Append(line);
+        stPrefix.Append("] ");
+    }
+    return stPrefix;
+}
+
 /// A C string for "%s": null becomes "(null)", whatever the C library does with it.
 inline const char* MMText(const char* text) {
     return text != nullptr ? text : "(null)";
@@ -36,21 +98,23 @@ inline const char* MMText(const char* text) {
 #define MM_WARN(...) \
     MM_PICK_(MM_MARKED_, __VA_ARGS__)(DLOG_PRIORITY_WARNING, "\033[33m[WARN]", __VA_ARGS__)
 
-#define MM_PLAIN_T_(prio, mark, fmt) \
-    MM_PRINT_(prio, "%s: %s(%d) > " mark fmt, MMBaseName(__FILE__), __func__, __LINE__)
+#define MM_PLAIN_T_(prio, mark, fmt) MM_PRINT_(prio, MM_PREFIX_(""), "%s" fmt, mmPrefix.szText)
 #define MM_PLAIN_A_(prio, mark, fmt, ...) \
-    MM_PRINT_(prio, "%s: %s(%d) > " mark fmt, MMBaseName(__FILE__), __func__, __LINE__, __VA_ARGS__)
-#define MM_MARKED_T_(prio, mark, fmt)                                                              \
-    MM_PRINT_(prio, "%s: %s(%d) > " mark "[%s:%d] " fmt "\033[0m", MMBaseName(__FILE__), __func__, \
-              __LINE__, __func__, __LINE__)
-#define MM_MARKED_A_(prio, mark, fmt, ...)                                                         \
-    MM_PRINT_(prio, "%s: %s(%d) > " mark "[%s:%d] " fmt "\033[0m", MMBaseName(__FILE__), __func__, \
-              __LINE__, __func__, __LINE__, __VA_ARGS__)
+    MM_PRINT_(prio, MM_PREFIX_(""), "%s" fmt, mmPrefix.szText, __VA_ARGS__)
+#define MM_MARKED_T_(prio, mark, fmt) \
+    MM_PRINT_(prio, MM_PREFIX_(mark), "%s" fmt "\033[0m", mmPrefix.szText)
+#define MM_MARKED_A_(prio, mark, fmt, ...) \
+    MM_PRINT_(prio, MM_PREFIX_(mark), "%s" fmt "\033[0m", mmPrefix.szText, __VA_ARGS__)
 
-#define MM_PRINT_(prio, fmt, file, ...)                                                     \
-    do {                                                                                    \
-        static constexpr const char* mmFile = file;                                         \
-        (void)__dlog_print(DLOG_BUFFER_SYSTEM, prio, "PORTMELD", fmt, mmFile, __VA_ARGS__); \
+// One argument for all that stands in front of a message: most lines are dropped, and what they cost is
+// the handing over of their arguments.
+#define MM_PREFIX_(mark) \
+    MMMakePrefix<MMPrefixSize(__FILE__, __func__, mark)>(__FILE__, __func__, __LINE__, mark)
+
+#define MM_PRINT_(prio, prefix, fmt, ...)                                           \
+    do {                                                                            \
+        static constexpr auto mmPrefix = prefix;                                    \
+        (void)__dlog_print(DLOG_BUFFER_SYSTEM, prio, "PORTMELD", fmt, __VA_ARGS__); \
     } while (false)
 
 // Chooses the form with (A_) or without (T_) arguments: C++17 has no way to drop the comma before

@@ -27,7 +27,8 @@ enum {
  * "\\033[0m"), and some messages a line feed before the last of them: a platform may drop both.
  *
  * The platform drops lines below its own threshold, and should do so before it formats anything:
- * the daemon logs each step of a list walk and pays only for this call when the line is dropped.
+ * the daemon logs each step of a list walk and pays only for this call when the line is dropped,
+ * and not even for that where dlog_is_shown() tells it.
  * A line may hold text of a device (a product name, a path): any bytes but NUL, of any length.
  *
  * @param buf   log buffer, always DLOG_BUFFER_SYSTEM
@@ -41,6 +42,19 @@ enum {
 __attribute__((format(printf, 4, 5)))
 #endif
 int __dlog_print(int buf, int prio, const char* tag, const char* fmt, ...);
+
+/**
+ * Whether lines of a priority are taken now. Optional: a platform may leave it out, and is then given
+ * every line. Where it says no, the daemon leaves out the walks through the device list that it would
+ * make for their lines alone; any other line still comes.
+ *
+ * @param prio  one of the priorities
+ * @return 0 when such a line would be dropped
+ */
+#if defined(__GNUC__)
+__attribute__((weak))
+#endif
+int dlog_is_shown(int prio);
 
 #ifdef __cplusplus
 }

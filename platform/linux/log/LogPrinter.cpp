@@ -1,16 +1,17 @@
-// The daemon's log lines, as <platform/log.h> takes them: dropped below the level that the setting
-// "db/portmeld/log_level" names (debug, info, warning or off; warning while it is unset), else taken
-// apart and written to the journal with its own fields, or to standard error.
-#include <platform/log.h>
+// The level of the log, as the setting "db/portmeld/log_level" names it (debug, info, warning or off; warning
+// while it is unset), and its lines: taken apart and written to the journal with its own fields, or to
+// standard error.
+#include "LogPrinter.h"
 
 #include <array>
 #include <climits>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include <platform/log.h>
 
 #include "Journal.h"
 #include "settings/Settings.h"
@@ -18,15 +19,14 @@
 
 namespace machine {
 
+int logThreshold = INT_MIN;
+
 namespace {
 
 constexpr const char* LEVEL_KEY = "db/portmeld/log_level";
 
 /// The longest line that is written, in bytes; the rest is cut off.
 constexpr std::size_t LONGEST_LINE = std::size_t{64} * 1024;
-
-/// Lines of a lower priority are dropped. None is until the setting has been read.
-int threshold = INT_MIN;
 
 int thresholdFor(const std::optional<std::string>& level) {
     if (!level || *level == "warning") {
@@ -48,11 +48,11 @@ int thresholdFor(const std::optional<std::string>& level) {
 /// Read the level now and after each change.
 void followLevel() {
     // While it is read nothing is dropped, and nothing reads it once more.
-    threshold = DLOG_PRIORITY_WARNING;
+    logThreshold = DLOG_PRIORITY_WARNING;
     (void)SettingsWatches::get().add(LEVEL_KEY, [](const std::optional<std::string>& level) {
-        threshold = thresholdFor(level);
+        logThreshold = thresholdFor(level);
     });
-    threshold = thresholdFor(settingText(LEVEL_KEY));
+    logThreshold = thresholdFor(settingText(LEVEL_KEY));
 }
 
 Priority priorityOf(int priority) {
@@ -147,12 +147,12 @@ void writeApart(int priority, const char* tag, std::string_view text) {
                {"PORTMELD_TAG", tag != nullptr ? tag : ""}});
 }
 
-/// All that a line costs which is not dropped at once. Apart, since a dropped one would pay for saving
-/// the registers that are used here.
-[[gnu::noinline]] int print(int priority, const char* tag, const char* format, va_list arguments) {
-    if (threshold == INT_MIN) {
+}  // namespace
+
+int printLine(int, int priority, const char* tag, const char* format, va_list arguments) {
+    if (logThreshold == INT_MIN) {
         followLevel();
-        if (priority < threshold) {
+        if (priority < logThreshold) {
             return 0;
         }
     }
@@ -165,17 +165,4 @@ void writeApart(int priority, const char* tag, std::string_view text) {
     return length;
 }
 
-}  // namespace
-
 }  // namespace machine
-
-extern "C" int __dlog_print(int, int prio, const char* tag, const char* fmt, ...) {
-    if (prio < machine::threshold) {
-        return 0;
-    }
-    va_list arguments;
-    va_start(arguments, fmt);
-    const int written = machine::print(prio, tag, fmt, arguments);
-    va_end(arguments);
-    return written;
-}

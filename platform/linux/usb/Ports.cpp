@@ -14,6 +14,9 @@ namespace machine {
 
 namespace {
 
+// A look at every device of the machine takes longer than all else at the start, and whoever waits for the
+// daemon waits for its name on the bus.
+constexpr unsigned LOOK_AROUND_MILLISECONDS = 500;
 constexpr unsigned TABLE_READ_AGAIN_MILLISECONDS = 1'000;
 constexpr unsigned WAKE_UP_MILLISECONDS = 5'000;
 constexpr unsigned OTHERS_MOUNT_FIRST_MILLISECONDS = 2'000;
@@ -51,25 +54,32 @@ bool isBelow(const std::string& path, const std::string& folder) {
 Ports::Ports()
     : mounts_([this] { mountsChanged(); }),
       mounter_([this](const std::string& devname) { return wantsMount(devname); }),
-      lostEvents_([this] { lookAgain(); }) {
-    // Listening begins before the look around: what comes in between is seen twice, not never.
-    static constexpr const char* HEARD[] = {"block", "usb/usb_interface", nullptr};
-    client_ = g_udev_client_new(HEARD);
-    handler_ = g_signal_connect(client_, "uevent", G_CALLBACK(happened), this);
-    for (const char* subsystem : SUBSYSTEMS) {
-        enumerate(subsystem);
-    }
+      start_(g_timeout_source_new(LOOK_AROUND_MILLISECONDS)) {
+    g_source_set_callback(start_, lookAroundDue, this, nullptr);
+    g_source_attach(start_, nullptr);
 }
 
 Ports::~Ports() {
-    g_signal_handler_disconnect(client_, handler_);
-    g_object_unref(client_);
+    g_source_destroy(start_);
+    g_source_unref(start_);
+    if (client_ != nullptr) {
+        g_signal_handler_disconnect(client_, handler_);
+        g_object_unref(client_);
+    }
     for (const auto& port : ports_) {
         stopWaiting(*port);
     }
 }
 
-std::vector<UsbDevice> Ports::devices(int usbClass) const {
+void Ports::setListener(Listener listener) {
+    if (listener) {
+        lookAround();
+    }
+    listener_ = std::move(listener);
+}
+
+std::vector<UsbDevice> Ports::devices(int usbClass) {
+    lookAround();
     std::vector<UsbDevice> found;
     for (const auto& port : ports_) {
         if (port->device.usbClass == usbClass) {
@@ -90,6 +100,27 @@ void Ports::sleep(bool sleeps) {
             holdBack(*port);
         }
     }
+}
+
+/// Listen, and find what is there already; only the first time.
+void Ports::lookAround() {
+    if (client_ != nullptr) {
+        return;
+    }
+    g_source_destroy(start_);
+    // Listening begins first: what comes in between is seen twice, not never.
+    static constexpr const char* HEARD[] = {"block", "usb/usb_interface", nullptr};
+    lostEvents_.emplace([this] { lookAgain(); });
+    client_ = g_udev_client_new(HEARD);
+    handler_ = g_signal_connect(client_, "uevent", G_CALLBACK(happened), this);
+    for (const char* subsystem : SUBSYSTEMS) {
+        enumerate(subsystem);
+    }
+}
+
+int Ports::lookAroundDue(void* self) {
+    static_cast<Ports*>(self)->lookAround();
+    return G_SOURCE_REMOVE;
 }
 
 void Ports::enumerate(const char* subsystem) {

@@ -42,10 +42,10 @@ public:
     /// What is told of a device: one of the actions of <platform/usb.h>. Called on the default main
     /// context, and by no function of this class that others call. An empty listener hears nothing.
     using Listener = std::function<void(const UsbDevice& device, const char* action)>;
-    void setListener(Listener listener) { listener_ = std::move(listener); }
+    void setListener(Listener listener);
 
     /// The attached devices of one class, in the order in which they came.
-    std::vector<UsbDevice> devices(int usbClass) const;
+    std::vector<UsbDevice> devices(int usbClass);
 
     /// The machine goes to sleep, or wakes up: see rule 4.
     void sleep(bool sleeps);
@@ -61,6 +61,8 @@ private:
     };
     using Attached = std::vector<std::unique_ptr<Port>>;
 
+    void lookAround();
+    static int lookAroundDue(void* self);
     static void happened(GUdevClient* client, char* action, GUdevDevice* device, void* self);
     void enumerate(const char* subsystem);
     void seen(const std::string& path, std::optional<UsbDevice> device, bool mediumChanged);
@@ -83,9 +85,10 @@ private:
 
     MountMonitor mounts_;
     Mounter mounter_;
-    GUdevClient* client_;
-    gulong handler_;
-    LostEvents lostEvents_;
+    GSource* start_;                 ///< until the first look around
+    GUdevClient* client_ = nullptr;  ///< from then on
+    gulong handler_ = 0;
+    std::optional<LostEvents> lostEvents_;  ///< from then on
     Listener listener_;
     Attached ports_;
     bool asleep_ = false;

@@ -1,0 +1,20 @@
+// The daemon's log lines, as <platform/log.h> takes them. Most are dropped, so nothing but the test for that
+// lives here; see LogPrinter.h.
+#include <platform/log.h>
+
+#include "LogPrinter.h"
+
+extern "C" int __dlog_print(int buf, int prio, const char* tag, const char* fmt, ...) {
+    if (prio < machine::logThreshold) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, fmt);
+    const int written = machine::printLine(buf, prio, tag, fmt, arguments);
+    va_end(arguments);
+    return written;
+}
+
+extern "C" int dlog_is_shown(int prio) {
+    return prio >= machine::logThreshold ? 1 : 0;
+}

@@ -17,7 +17,7 @@ def enumeration(orders, _clients):
     orders("stop")
 
 
-@measure("devices", "growth with devices")
+@measure("devices", "growth with devices", limit=600)
 def devices(bench):
     """Sticks of as many products as there are sticks, and sticks that are all alike: these get numbers
     behind their names, and each number is one that no other has."""

@@ -39,9 +39,8 @@ int tell(std::string_view state) {
     }
     // A manager that reads nothing is no reason to wait.
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size());
-    const ssize_t sent =
-        sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL | MSG_DONTWAIT,
-               reinterpret_cast<const sockaddr*>(&address), size);
+    const ssize_t sent = sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL | MSG_DONTWAIT,
+                                reinterpret_cast<const sockaddr*>(&address), size);
     close(descriptor);
     return sent < 0 ? ERROR : OK;
 }

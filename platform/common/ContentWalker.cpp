@@ -1,5 +1,7 @@
 // The walk: a stack of open folders, each entered relative to the one above, so that neither the
-// length of a path nor a folder that is swapped for a link under way can lead elsewhere.
+// length of a path nor a folder that is swapped for a link under way can lead elsewhere. The files of
+// a folder come before its folders: most sticks with media show two files soon, whatever the order in
+// which their file system tells names.
 #include "ContentWalker.h"
 
 #include <dirent.h>
@@ -25,10 +27,13 @@ struct CloseFolder {
     void operator()(DIR* folder) const { (void)closedir(folder); }
 };
 
-/// A folder being read.
+/// A folder being read, and then its folders one after the other.
 struct OpenFolder {
     std::unique_ptr<DIR, CloseFolder> stream;
     std::string name;
+    bool isRead = false;                    ///< to its end
+    std::vector<std::string> folders = {};  ///< found in it
+    std::size_t entered = 0;                ///< of these
     int descriptor() const { return dirfd(stream.get()); }
 };
 
@@ -64,16 +69,7 @@ public:
             if (cancelled_) {
                 return {WalkOutcome::Cancelled, {}};
             }
-            errno = 0;
-            const dirent* entry = readdir(folders_.back().stream.get());
-            if (entry == nullptr && errno != 0) {
-                return {WalkOutcome::Failed, {}};
-            }
-            if (entry == nullptr) {
-                folders_.pop_back();
-                continue;
-            }
-            if (const auto ended = visit(*entry)) {
+            if (const auto ended = step()) {
                 return {*ended, {}};
             }
         }
@@ -84,6 +80,28 @@ public:
     }
 
 private:
+    /// Read one name, or go one folder down or up. A value ends the walk.
+    std::optional<WalkOutcome> step() {
+        OpenFolder& folder = folders_.back();
+        if (!folder.isRead) {
+            errno = 0;
+            if (const dirent* entry = readdir(folder.stream.get())) {
+                return visit(*entry);
+            }
+            if (errno != 0) {
+                return WalkOutcome::Failed;
+            }
+            folder.isRead = true;
+        }
+        if (folder.entered == folder.folders.size()) {
+            folders_.pop_back();
+            return std::nullopt;
+        }
+        // What it enters may move the folder to another place in memory.
+        const std::string next = std::move(folder.folders[folder.entered++]);
+        return enter(next.c_str());
+    }
+
     /// Look at one name. A value ends the walk.
     std::optional<WalkOutcome> visit(const dirent& entry) {
         const char* name = entry.d_name;
@@ -108,7 +126,8 @@ private:
             kind = static_cast<unsigned char>(IFTODT(status.st_mode));
         }
         if (kind == DT_DIR) {
-            return enter(name);
+            folders_.back().folders.emplace_back(name);
+            return std::nullopt;
         }
         if (kind != DT_REG) {
             return std::nullopt;

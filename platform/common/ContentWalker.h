@@ -44,8 +44,9 @@ struct WalkLimits {
 ///
 /// No link is followed and no other file system entered. Files and folders whose name begins with a
 /// dot are left out, and so are the places where desktops keep deleted files. What must not be read
-/// is skipped; a folder whose reading breaks off ends the walk. Ends at the second media file, and soon after `cancelled` has become true. Length of
-/// paths does not matter. Blocks: made for a worker thread.
+/// is skipped; a folder whose reading breaks off ends the walk. All files of a folder are looked at
+/// before the first of its folders is entered. Ends at the second media file, and soon after
+/// `cancelled` has become true. Length of paths does not matter. Blocks: made for a worker thread.
 WalkResult walkContent(const std::string& folder,
                        const std::atomic<bool>& cancelled,
                        const WalkLimits& limits = {});

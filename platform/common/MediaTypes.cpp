@@ -4,6 +4,7 @@
 #include <gio/gio.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
@@ -13,7 +14,8 @@ namespace {
 
 /// Extensions whose meaning on a television's stick is settled. Some mean something else to a
 /// desktop ("ts", "tp", "mts"), some are media to it that no viewer would call so (drawings,
-/// play lists).
+/// play lists). What most other files on sticks are stands here to be told apart without the question
+/// to the database, which costs more than reading the name from the stick's folder.
 const std::unordered_map<std::string_view, MediaType>& extensions() {
     using Type = MediaType;
     static const std::unordered_map<std::string_view, MediaType> table = {
@@ -43,23 +45,38 @@ const std::unordered_map<std::string_view, MediaType>& extensions() {
         {"txt", Type::None},   {"nfo", Type::None},   {"srt", Type::None},   {"smi", Type::None},
         {"sub", Type::None},   {"idx", Type::None},   {"ass", Type::None},   {"ssa", Type::None},
         {"lrc", Type::None},   {"pdf", Type::None},   {"zip", Type::None},   {"exe", Type::None},
+
+        {"doc", Type::None},   {"docx", Type::None},  {"xls", Type::None},   {"xlsx", Type::None},
+        {"ppt", Type::None},   {"pptx", Type::None},  {"pps", Type::None},   {"odt", Type::None},
+        {"ods", Type::None},   {"odp", Type::None},   {"rtf", Type::None},   {"csv", Type::None},
+        {"htm", Type::None},   {"html", Type::None},  {"css", Type::None},   {"js", Type::None},
+        {"json", Type::None},  {"xml", Type::None},   {"md", Type::None},    {"log", Type::None},
+        {"ini", Type::None},   {"cfg", Type::None},   {"dat", Type::None},   {"bin", Type::None},
+        {"db", Type::None},    {"iso", Type::None},   {"img", Type::None},   {"rar", Type::None},
+        {"7z", Type::None},    {"tar", Type::None},   {"dll", Type::None},   {"sys", Type::None},
+        {"so", Type::None},    {"o", Type::None},     {"c", Type::None},     {"h", Type::None},
+        {"cpp", Type::None},   {"py", Type::None},    {"java", Type::None},  {"class", Type::None},
+        {"jar", Type::None},   {"apk", Type::None},   {"cab", Type::None},   {"msi", Type::None},
+        {"bat", Type::None},   {"cmd", Type::None},   {"sh", Type::None},    {"lnk", Type::None},
+        {"inf", Type::None},   {"url", Type::None},   {"epub", Type::None},  {"mobi", Type::None},
+        {"tmp", Type::None},   {"bak", Type::None},   {"ttf", Type::None},   {"otf", Type::None},
     };
     return table;
 }
 
 /// The extension in small ASCII letters; "" when the name has none, or one that no format has.
-std::string extensionOf(const std::string& base) {
+std::string extensionOf(std::string_view base) {
     constexpr std::size_t LONGEST = 8;
     const std::size_t dot = base.rfind('.');
-    if (dot == std::string::npos || base.size() - dot - 1 > LONGEST) {
+    if (dot == std::string_view::npos || base.size() - dot - 1 > LONGEST) {
         return {};
     }
-    std::string extension = base.substr(dot + 1);
+    std::string extension(base.substr(dot + 1));
     std::transform(extension.begin(), extension.end(), extension.begin(), g_ascii_tolower);
     return extension;
 }
 
-MediaType typeByDatabase(const std::string& base) {
+MediaType typeByDatabase(std::string_view base) {
     g_autofree char* name = g_utf8_make_valid(base.data(), static_cast<gssize>(base.size()));
     g_autofree char* content = g_content_type_guess(name, nullptr, 0, nullptr);
     g_autofree char* mime = content != nullptr ? g_content_type_get_mime_type(content) : nullptr;
@@ -77,8 +94,8 @@ MediaType typeByDatabase(const std::string& base) {
 
 }  // namespace
 
-MediaType mediaTypeOf(const std::string& name) {
-    const std::string base = name.substr(name.rfind('/') + 1);
+MediaType mediaTypeOf(std::string_view name) {
+    const std::string_view base = name.substr(name.rfind('/') + 1);
     const std::string extension = extensionOf(base);
     const auto known = extensions().find(extension);
     if (known != extensions().end()) {

@@ -2,7 +2,7 @@
 // a slow stick stays a walk.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 namespace platform {
 
@@ -11,6 +11,6 @@ enum class MediaType { None, Photo, Video, Music };
 /// The kind of a file by its name (with or without folders). The formats that televisions play are
 /// known by their extension, in any case of letters; the rest is what the machine's type database
 /// says. Any bytes are allowed.
-MediaType mediaTypeOf(const std::string& name);
+MediaType mediaTypeOf(std::string_view name);
 
 }  // namespace platform

@@ -237,6 +237,31 @@ TEST_F(ContentWalkerTest, GivesUpAtMoreNamesThanTheLimit) {
     EXPECT_EQ(walk(limits).outcome, WalkOutcome::None);
 }
 
+TEST_F(ContentWalkerTest, LooksAtTheFilesOfAFolderBeforeItsFolders) {
+    // In whatever order the file system tells names, a folder is likely to be among the first.
+    for (int i = 0; i < 20; ++i) {
+        stick.file("deep" + std::to_string(i) + "/1/2/3/a.txt");
+    }
+    stick.file("a.jpg");
+    stick.file("b.jpg");
+    WalkLimits limits;
+    limits.depth = 3;
+    EXPECT_EQ(walk(limits).outcome, WalkOutcome::Several);
+}
+
+TEST_F(ContentWalkerTest, EntersEveryFolder) {
+    for (int i = 0; i < 20; ++i) {
+        const std::string outer = "outer" + std::to_string(i);
+        stick.file(outer + "/one/a.txt");
+        stick.file(outer + "/two/three/b.txt");
+    }
+    WalkLimits limits;
+    limits.entries = 20 + 20 * 5;
+    EXPECT_EQ(walk(limits).outcome, WalkOutcome::None);
+    --limits.entries;
+    EXPECT_EQ(walk(limits).outcome, WalkOutcome::TooLarge);
+}
+
 TEST_F(ContentWalkerTest, CountsHiddenNamesTowardsTheLimitToo) {
     for (int i = 0; i < 20; ++i) {
         stick.file(".f" + std::to_string(i));

@@ -40,8 +40,8 @@ TEST(MediaTypesTest, AskTheDatabaseForFormatsThatTheTableLacks) {
 }
 
 TEST(MediaTypesTest, TakeTextsArchivesDrawingsAndPlayListsForNoMedia) {
-    for (const char* name :
-         {"a.txt", "a.srt", "a.zip", "a.odt", "a.svg", "a.m3u", "a.html", "a.so", "Makefile"}) {
+    for (const char* name : {"a.txt", "a.srt", "a.zip", "a.odt", "a.svg", "a.m3u", "a.html", "a.so",
+                             "a.docx", "a.DLL", "a.dat", "Makefile"}) {
         EXPECT_EQ(mediaTypeOf(name), MediaType::None) << name;
     }
 }

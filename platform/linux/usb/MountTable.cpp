@@ -1,6 +1,8 @@
 // Taking a mountinfo table apart, line by line, and finding a device in it.
 #include "MountTable.h"
 
+#include <string_view>
+
 namespace machine {
 
 namespace {
@@ -11,8 +13,9 @@ bool isOctal(char character) {
 
 /// Undo the kernel's escapes: a backslash and three octal digits, for blank, tab, line feed, backslash
 /// and '#'.
-std::string unescape(const std::string& text) {
+std::string unescape(std::string_view text) {
     std::string plain;
+    plain.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (text[at] == '\\' && at + 3 < text.size() && text[at + 1] <= '3' &&
             isOctal(text[at + 1]) && isOctal(text[at + 2]) && isOctal(text[at + 3])) {
@@ -26,22 +29,22 @@ std::string unescape(const std::string& text) {
     return plain;
 }
 
-/// Fields are separated by a single blank and nothing else: any other byte may stand in a path.
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> pieces;
+/// Cut a text at every separator: pieces of it, one more than there are separators. Fields are separated by
+/// a single blank and nothing else: any other byte may stand in a path.
+void split(std::string_view text, char separator, std::vector<std::string_view>& pieces) {
+    pieces.clear();
     std::size_t start = 0;
-    for (std::size_t end = text.find(separator); end != std::string::npos;
+    for (std::size_t end = text.find(separator); end != std::string_view::npos;
          end = text.find(separator, start)) {
         pieces.push_back(text.substr(start, end - start));
         start = end + 1;
     }
     pieces.push_back(text.substr(start));
-    return pieces;
 }
 
-std::optional<Mount> parseLine(const std::string& line) {
+/// @param fields  of one line
+std::optional<Mount> parseLine(const std::vector<std::string_view>& fields) {
     // id parent major:minor root point options [optional...] - type source superoptions
-    const std::vector<std::string> fields = split(line, ' ');
     std::size_t separator = 6;
     while (separator < fields.size() && fields[separator] != "-") {
         ++separator;
@@ -49,7 +52,7 @@ std::optional<Mount> parseLine(const std::string& line) {
     if (separator + 2 >= fields.size()) {
         return std::nullopt;
     }
-    return Mount{fields[2], unescape(fields[3]), unescape(fields[4]),
+    return Mount{std::string(fields[2]), unescape(fields[3]), unescape(fields[4]),
                  unescape(fields[separator + 1]), unescape(fields[separator + 2])};
 }
 
@@ -63,8 +66,13 @@ bool isNamed(const Mount& mount, const std::string& devname) {
 
 MountTable parseMountTable(const std::string& text) {
     MountTable table;
-    for (const std::string& line : split(text, '\n')) {
-        if (auto mount = parseLine(line)) {
+    std::vector<std::string_view> lines;
+    std::vector<std::string_view> fields;
+    split(text, '\n', lines);
+    table.reserve(lines.size());
+    for (const std::string_view line : lines) {
+        split(line, ' ', fields);
+        if (auto mount = parseLine(fields)) {
             table.push_back(std::move(*mount));
         }
     }

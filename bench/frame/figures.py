@@ -79,8 +79,12 @@ class Figure:
 
     @property
     def verdict(self):
-        """ "FAILED" when it could not be measured, else whether the goal is reached."""
-        if self.failure or self.judged is None:
+        """ "FAILED" when it could not be measured, else whether the goal is reached; "–" without one."""
+        if self.failure or self.ours is None:
+            return "FAILED"
+        if self.goal is None:
+            return "–"
+        if self.judged is None:
             return "FAILED"
         return "yes" if self.goal.reached(self.judged) else "no"
 

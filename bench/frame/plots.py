@@ -56,7 +56,7 @@ class _Drawing:
 def goals(figures):
     """Every figure that was measured, as a share of what its goal allows: a bar that ends left of the
     line reaches its goal. Bars of more than twice the goal are cut off there."""
-    shown = [each for each in figures if each.verdict != "FAILED"]
+    shown = [each for each in figures if each.goal and each.verdict != "FAILED"]
     label, bar, row, top = 430, 260, 22, 40
     drawing = _Drawing(label + 2 * bar + 90, top + row * len(shown) + 30)
     drawing.text(12, 22, "each figure as a share of what its goal allows")
@@ -116,7 +116,7 @@ def write(figures, folder):
     """Writes all plots into a folder; returns their file names."""
     folder.mkdir(parents=True, exist_ok=True)
     names = []
-    if any(each.verdict != "FAILED" for each in figures):
+    if any(each.goal and each.verdict != "FAILED" for each in figures):
         (folder / "goals.svg").write_text(goals(figures))
         names.append("goals.svg")
     for figure in figures:

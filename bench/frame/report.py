@@ -24,7 +24,7 @@ def cells(figure):
         _with_unit(figure.ours, figure.unit),
         peer,
         number(figure.ratio),
-        figure.goal.text,
+        figure.goal.text if figure.goal else "–",
         figure.verdict,
     ]
 
@@ -40,7 +40,7 @@ def table(figures):
     lines.insert(1, "|" + "|".join("-" * (width + 2) for width in widths) + "|")
     notes = [f"- {each.title}: {each.note}" for each in figures if each.note and not each.failure]
     failures = [f"FAILED: {each.title} ({each.measure}): {each.failure}" for each in figures if each.failure]
-    count = {verdict: 0 for verdict in ("yes", "no", "FAILED")}
+    count = {verdict: 0 for verdict in ("yes", "no", "–", "FAILED")}
     for each in figures:
         count[each.verdict] += 1
     verdict = f"{len(figures)} figures: {count['yes']} reached, {count['no']} missed, {count['FAILED']} failed"

@@ -36,7 +36,7 @@ class Machine:
 
     def _do(self, operation, *arguments):
         self._testbed.send(json.dumps([operation, *arguments]))
-        self._testbed.take()
+        return self._testbed.take()
 
     # ---- running programs on it
 
@@ -109,6 +109,10 @@ class Machine:
         self._do("uevent", "/sys" + path, action)
         if of_the_event:
             self._do("set_property", "/sys" + path, "DISK_MEDIA_CHANGE", "")
+
+    def tell(self, path, action):
+        """An event of a device that stays what it is; returns when, in nanoseconds of the monotonic clock."""
+        return self._do("uevent", "/sys" + path, action)
 
     def set_attribute(self, path, key, value):
         """A sysfs attribute changes, which nobody is told."""

@@ -1,9 +1,11 @@
 """A umockdev testbed in a process of its own: it has to run with umockdev's library preloaded, which nothing
-else of a test should. Takes one JSON list a line, ["operation", arguments...]; answers each with one line.
+else of a test should. Takes one JSON list a line, ["operation", arguments...]; answers each with the monotonic
+time at which it was begun, in nanoseconds.
 """
 
 import json
 import sys
+import time
 
 import gi
 
@@ -22,5 +24,6 @@ OPERATIONS = {
 print(json.dumps(testbed.get_root_dir()), flush=True)
 for line in sys.stdin:
     operation, *arguments = json.loads(line)
+    began = time.monotonic_ns()
     OPERATIONS[operation](*arguments)
-    print("true", flush=True)
+    print(began, flush=True)

@@ -1,0 +1,1 @@
+"""Machines for measures: sticks that can be plugged, and mounts that nobody else sees."""

@@ -1,0 +1,90 @@
+"""From a stick to its pop-up with the kernel's own event, systemd-udevd and a real mount: the daemon where
+udev has the stick mounted, beside udiskie, which has it mounted by UDisks2. UDisks2 runs in both cases.
+"""
+
+import contextlib
+import statistics
+
+from frame.figures import Figure, ratio_at_most, timed
+from frame.registry import measure
+from frame.surroundings import alternate
+from stages.real_ports import GVFS_MONITOR, installed, real_ports, settle, udisks, wait_for_name
+from stages.screen import screen
+
+RUNS = 11
+WAITS = 9  # runs of more than two seconds each
+# A partition that goes while its disk stays is told as removed after a second: until then it could come back.
+HELD_BACK = 1.2
+FIRST_EVENT = 31  # seconds after its start the daemon takes events
+
+
+class Competition:
+    """The machine, its screen and who is measured there."""
+
+    def __init__(self, ports, shown):
+        self._ports = ports
+        self._shown = shown
+
+    def once(self, name, stick, *titles):
+        """Milliseconds from the partition to each of what one program says of it, in this order."""
+        self._ports.only(name)
+        settle()
+        self._shown.settle()
+        began = self._ports.ask("plug", stick)
+        said = [self._shown.next(name, title) for title in titles]
+        settle()
+        self._ports.ask("pull", stick)
+        settle(HELD_BACK)
+        return [(at - began) / 1e6 for at in said]
+
+
+@measure("real-plug", "stick to pop-up with real udevd and mount", limit=300)
+def real_plug(bench):
+    """The daemon's stick is nothing to UDisks2's clients, and theirs is no USB device to the daemon."""
+    daemon = bench.program("src/portmeld")
+    bench.need("udiskie", "gdbus")
+    with contextlib.ExitStack() as stack:
+        session, system = stack.enter_context(bench.bus()), stack.enter_context(bench.bus())
+        buses = {"DBUS_SESSION_BUS_ADDRESS": session, "DBUS_SYSTEM_BUS_ADDRESS": system}
+        shown = stack.enter_context(screen(bench, session))
+        home = stack.enter_context(bench.folder())
+        ports = stack.enter_context(real_ports(bench, buses))
+        stack.enter_context(udisks(bench, ports, buses))
+        stack.enter_context(ports.run([daemon], "portmeld"))
+        udiskie = ["udiskie", "--automount", "--notify", "--no-tray", "--no-file-manager"]
+        stack.enter_context(ports.run(udiskie, "udiskie", HOME=str(home)))
+        monitor = installed(GVFS_MONITOR)
+        if monitor:
+            stack.enter_context(ports.run([monitor], "gvfs", HOME=str(home)))
+            wait_for_name(bench, buses, "org.gtk.vfs.UDisks2VolumeMonitor", "session")
+        settle(FIRST_EVENT)
+        competition = Competition(ports, shown)
+
+        def ours():
+            """The daemon's question."""
+            return competition.once("portmeld", "bench-ours", "New device connected")[0]
+
+        def theirs():
+            """udiskie's two pop-ups, then GVfs' new volume."""
+            said = competition.once("udiskie", "bench-peers", "Device added", "Device mounted")
+            return said + (competition.once("gvfs", "bench-peers", "VolumeAdded") if monitor else [])
+
+        samples, rows = alternate(ours, theirs, runs=RUNS)
+        added, mounted, *volumes = zip(*rows)
+        title = "stick to pop-up with real udevd and mount"
+        note = f"a loop device with USB laid over sysfs, mounted by a rule of udev; medians of {RUNS} alternating runs"
+        yield timed(title, samples, mounted, "ms", "udiskie with udisksd", ratio_at_most(1 / 3), note)
+        title = "the same beside udiskie's first pop-up"
+        note = "no goal: udiskie tells of a device before it has it mounted"
+        yield timed(title, samples, added, "ms", "udiskie with udisksd", None, note)
+        if volumes:
+            title = "the same beside a new volume of GVfs"
+            note = "no goal: GVfs tells its clients of a volume that is not mounted yet"
+            yield timed(title, samples, volumes[0], "ms", "GVfs' volume monitor", None, note)
+
+        slow = [
+            competition.once("portmeld", "bench-asking", "New device connected")[0] for _ in range(WAITS)
+        ]
+        title = "stick to pop-up when the daemon has UDisks2 mount it"
+        note = f"no goal: the daemon gives others two seconds to mount it first; median of {WAITS} runs"
+        yield Figure(title, statistics.median(slow), "ms", note=note, samples={"ours": slow})

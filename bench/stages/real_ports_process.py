@@ -38,7 +38,7 @@ RULES = """
 SUBSYSTEM!="block", GOTO="end"
 KERNEL=="{ours}*|{asking}*", ENV{{ID_BUS}}="usb", ENV{{UDISKS_AUTO}}="0"
 KERNEL=="{peers}*", ENV{{UDISKS_AUTO}}="1", ENV{{UDISKS_SYSTEM}}="0", ENV{{UDISKS_IGNORE}}="0"
-ACTION=="add", KERNEL=="{ours}p1", RUN+="/bin/mount -t ext4 /dev/%k {point}"
+ACTION=="add", KERNEL=="{ours}p1", RUN+="/bin/mount -n -i -t ext4 /dev/%k {point}"
 LABEL="end"
 """
 

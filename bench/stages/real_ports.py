@@ -65,21 +65,23 @@ def real_ports(bench, buses):
     bench.need("unshare", "nsenter", "losetup", "sfdisk", "mkfs.ext4")
     if os.geteuid() != 0:
         raise CannotRun("loop devices and udev's daemon need root; run ./dev bench as root")
-    with bench.folder() as folder:
-        stage = ["/usr/bin/python3", str(HERE / "real_ports_process.py"), str(folder)]
-        command = ["unshare", "-m", "-n", "--propagation", "private", *stage]
-        process = subprocess.Popen(
-            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, env=bench.environment(None)
-        )
-        try:
-            if not process.stdout.readline():
-                raise CannotRun("the machine with loop devices did not start")
-            yield RealPorts(bench, process, buses)
-        finally:
-            # It gives the loop devices back when its input ends.
-            process.stdin.close()
-            process.wait(COMMAND_LIMIT)
-            process.stdout.close()
+    stage = ["/usr/bin/python3", str(HERE / "real_ports_process.py")]
+    process = subprocess.Popen(
+        ["unshare", "-m", "-n", "--propagation", "private", *stage],
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        text=True,
+        env=bench.environment(None),
+    )
+    try:
+        if not process.stdout.readline():
+            raise CannotRun("the machine with loop devices did not start")
+        yield RealPorts(bench, process, buses)
+    finally:
+        # It gives the loop devices back when its input ends.
+        process.stdin.close()
+        process.wait(COMMAND_LIMIT)
+        process.stdout.close()
 
 
 @contextlib.contextmanager

@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""A machine with three sticks, of the kernel's own making. Usage: real_ports_process.py FOLDER
+"""A machine with three sticks, of the kernel's own making.
 
 To be run by root in a mount namespace and a network namespace of its own; what it mounts there is seen, and
 the kernel's events are heard, by nobody outside. A stick is a loop device whose partition comes and goes: the
-kernel's event, systemd-udevd with the system's rules, the file system (ext4) and its mount are real. What no
-loop device has is laid over sysfs: a USB interface and a USB device above it.
+kernel's event, systemd-udevd with the system's rules, the file system (ext4, without a journal as on sticks)
+and its mount are real. Its content is in memory, so that no disk is measured. What no loop device has is laid
+over sysfs: a USB interface and a USB device above it.
 
 "bench-ours" is mounted by a rule of udev, as automounters of televisions do, before udev passes its event on.
 "bench-asking" nobody mounts but whoever asks UDisks2 to. Both are nothing to UDisks2's clients. "bench-peers" is
@@ -94,7 +95,7 @@ class LoopStick:
             ["sfdisk", "--quiet", str(image)], input="2048,,L\n", check=True, text=True, timeout=60
         )
         blocks = f"{(SIZE - MEBIBYTE) // 1024}k"
-        run("mkfs.ext4", "-q", "-E", f"offset={MEBIBYTE}", "-L", label, str(image), blocks)
+        run("mkfs.ext4", "-q", "-O", "^has_journal", "-E", f"offset={MEBIBYTE}", "-L", label, str(image), blocks)
         self.device = run("losetup", "--find", "--show", str(image))
         self.name = pathlib.Path(self.device).name
         self._descriptor = os.open(self.device, os.O_RDONLY)
@@ -143,14 +144,15 @@ def start_udevd():
     return daemon
 
 
-def main(folder):
+def main():
     """Serves until standard input ends."""
-    folder = pathlib.Path(folder)
     for place in ("/run", "/media", "/var/lib/udisks2"):
         os.makedirs(place, exist_ok=True)
         run("mount", "-t", "tmpfs", "tmpfs", place)
     lay_usb_over_sysfs()
-    sticks = {label: LoopStick(folder, label) for label in STICKS}
+    images = pathlib.Path("/run/images")
+    images.mkdir()
+    sticks = {label: LoopStick(images, label) for label in STICKS}
     point = pathlib.Path("/media/stick")
     point.mkdir()
     rules = pathlib.Path("/run/udev/rules.d")
@@ -172,4 +174,4 @@ def main(folder):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    main()

@@ -6,8 +6,15 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 image=$root/build/bench-image
+verb=bench
+folder=$root/build/bench-peers
+mkdir -p "$folder"
+# shellcheck source=tools/on_demand.sh
+source "$root/tools/on_demand.sh"
 
 "$root/tools/setup.sh"
+# Whom the daemon is measured beside, and what makes disks for them; nobody else needs these.
+need fdisk gir1.2-notify-0.7 gvfs-daemons udev udiskie udisks2
 "$root/tools/build.sh" bench
 rm -rf "${image:?}"
 DESTDIR=$image meson install -C "$root/build/bench" --quiet >/dev/null

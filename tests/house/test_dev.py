@@ -49,7 +49,7 @@ class Checkout:
             else:
                 shutil.copy(source, target)
         self.write("tests/house/allowed-skips.txt", "")
-        for suite in ("bus", "ctl", "linux"):
+        for suite in ("bus", "ctl", "linux", "workbench"):
             self.write(f"tests/{suite}/test_{suite}.py", GOOD_PYTEST)
         self.write("tests/soak/soak.py", "")
         self.write("debian/control", "Source: portmeld\nBuild-Depends: bash\n")
@@ -211,7 +211,7 @@ def test_a_suite_without_a_test_is_a_failure(checkout):
 
 
 def test_a_suite_that_is_not_there_is_a_failure(checkout):
-    status, lines, _ = checkout.dev("test", "workbench")
+    status, lines, _ = checkout.dev("test", "resources")
     assert (status, lines[-1]) == (1, "1 passed, 1 failed")
 
 
@@ -228,7 +228,7 @@ def test_after_a_failed_build_its_tests_do_not_run_and_count_as_failed(checkout)
     assert status == 1
     assert "A.cpp:1: error: no" in lines
     assert not (checkout.pretended / "unit-folder").exists()
-    assert lines[-1] == "0 passed, 8 failed"
+    assert lines[-1] == "0 passed, 9 failed"
 
 
 def test_results_of_an_earlier_run_are_not_counted(checkout):
@@ -247,12 +247,12 @@ def test_a_report_of_a_sanitizer_is_a_failure_though_every_test_passed(checkout)
     assert "ERROR: leak" in lines
     assert "failed: no sanitizer reports" in lines
     # The build, two unit tests and one test of each other suite went well.
-    assert lines[-1] == "6 passed, 1 failed"
+    assert lines[-1] == "7 passed, 1 failed"
 
 
 def test_sanitizers_without_a_report_pass(checkout):
     status, lines, _ = checkout.dev("test", "sanitize")
-    assert (status, lines[-1]) == (0, "7 passed, 0 failed")
+    assert (status, lines[-1]) == (0, "8 passed, 0 failed")
 
 
 def test_endurance_is_tried_in_both_its_parts_with_two_seeds_each(checkout):

@@ -13,6 +13,7 @@ from road import LAUNCHED, PLUGGED
 from udevd import Udevd
 from world import PLAYER
 
+SERVER = "org.freedesktop.Notifications"
 KILLED, STOPPED, RESTARTED = FAULTS = ("killed", "stopped", "restarted")
 UDISKS = pathlib.Path(child.__file__).parents[1] / "linux" / "udisks_process.py"
 
@@ -64,6 +65,7 @@ class Screen(Failing):
 
     def kill(self):
         self.world.end("screen")
+        self.world.wait_until_nobody_is(SERVER)
 
     def stop(self):
         self._send("screen", signal.SIGSTOP)

@@ -78,6 +78,7 @@ def test_the_kernel_s_own_word_for_a_loss_is_understood(root, surroundings):
     probe = Probe(root.parent, surroundings(), ["unshare", *rights, "-n"])
     try:
         assert probe.call("usb_device_init") == 0
+        probe.call("usb_mass_storage_foreach")  # who asks for devices has it listen from now on
         enter = ["nsenter", "-t", str(probe.process.pid), "-n"]
         if rights:
             enter += ["-U", "--preserve-credentials"]

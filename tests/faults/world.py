@@ -205,6 +205,15 @@ class World:
         if name in self.peers:
             self.peers.pop(name).kill()
 
+    def wait_until_nobody_is(self, name):
+        """Until the session's bus has seen the end of the process that owned a name, and told it."""
+        ask = ["gdbus", "call", "--address", self.session.address, "--dest", "org.freedesktop.DBus"]
+        ask += ["--object-path", "/", "--method", "org.freedesktop.DBus.NameHasOwner", name]
+        self.wait_for(
+            lambda: subprocess.run(ask, capture_output=True, check=True, timeout=60).stdout
+            == b"(false,)\n"
+        )
+
     def close(self):
         """Ends the daemon, well; who is left is ended by kill()."""
         self.stick.close()

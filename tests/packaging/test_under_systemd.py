@@ -5,6 +5,7 @@ unit does not allow turned into the end of the process, it starts, serves, shows
 import json
 import os
 import pathlib
+import time
 
 import booted
 import pytest
@@ -68,9 +69,16 @@ def test_a_file_system_that_is_mounted_later_reaches_it(machine, service):
 
 
 def test_it_hears_of_devices(machine, service):
-    # Protocol 15 are the kernel's and udev's events; group 2 is udev's.
-    sockets = [line.split() for line in machine.succeed("root", "cat", "/proc/net/netlink").splitlines()]
-    assert [line for line in sockets if (line[1], line[2]) == ("15", service)], sockets
+    machine.succeed("viewer", *COUNT)
+    # Protocol 15 are the kernel's and udev's events; a socket's number is that of its process. It listens
+    # from half a second after its start.
+    for _ in range(300):
+        table = machine.succeed("root", "cat", "/proc/net/netlink").splitlines()
+        if any(line.split()[1:3] == ["15", service] for line in table):
+            break
+        time.sleep(0.1)
+    else:
+        raise AssertionError(table)
     # udev's library believes only root, which must therefore be known to the service as such.
     users = machine.succeed("root", "cat", f"/proc/{service}/uid_map").splitlines()
     assert ["0", "0", "1"] in [line.split() for line in users]

@@ -65,3 +65,35 @@ def test_on_a_screen_from_right_to_left_the_left_key_goes_left(page):
     page.see(".popup-button.chosen", text=catalogue_text("ar", "COM_SID_CANCEL"))
     page.press("ArrowRight", "Enter")
     page.see(".launched-name", text="Photo player")
+
+
+# What does not fit in a pop-up: clipped text, a word that is broken, a label or a time on two lines.
+SPILLED = """(() => {
+  const inside = document.querySelector(".popup").getBoundingClientRect();
+  const clipped = (one) => one.scrollHeight > one.clientHeight + 1 || one.scrollWidth > one.clientWidth + 1;
+  const wrong = [];
+  for (const one of document.querySelectorAll(".popup-title, .popup-body, .popup-button bdi, .popup-left")) {
+    const box = one.getBoundingClientRect();
+    const isTall = one.matches("bdi, .popup-left") && box.height > 1.9 * parseFloat(getComputedStyle(one).fontSize);
+    const isOut = box.left < inside.left || box.right > inside.right || box.bottom > inside.bottom;
+    if (clipped(one) || isTall || isOut) {
+      wrong.push(one.textContent);
+    }
+  }
+  return wrong;
+})()"""
+
+
+def test_a_popup_has_room_for_the_texts_of_every_language(page):
+    page.stop_time()
+    spilled = {}
+    # The longest labels and titles, and scripts of their own.
+    for language in ["de", "fil", "ka", "ms", "ta"]:
+        set_language(page, language)
+        page.click("[data-sample=one-photo]")
+        page.see(".popup-body", text=catalogue_text(language, "TV_SID_LIKE_TO_PLAY_FILE")[:12])
+        page.until("[...document.querySelectorAll('.popup-icon')].every((one) => one.complete)")
+        spilled[language] = page.run(SPILLED)
+        page.click(".port [data-focus^=pull]")
+        page.gone(".port")
+    assert {language: texts for language, texts in spilled.items() if texts} == {}

@@ -337,3 +337,18 @@ def test_a_replay_can_be_watched_from_the_beginning(web, tmp_path):
     assert [m["text"] for m in page.messages if m["type"] == "replay"] == [
         line for line in lines if line and not line.startswith("#")
     ]
+
+
+def test_a_replay_without_waiting_gives_the_clock_back_also_when_its_page_is_gone(web):
+    run = web()
+    page, other = run.page(), run.page()
+    page.order("clock", mode="fast", factor=2)
+    other.until(lambda: other.state["clock"]["mode"] == "fast")
+    page.order("replay", text=HEAD + "plugSample empty\nafter 3600\n" + 50 * "expect popup browse\n", noWaiting=True)
+    page.close()
+    other.until(lambda: ends(other))
+    other.until(lambda: other.state["clock"]["mode"] == "fast")
+    assert other.state["clock"]["now"] > 3600 * 1000
+    other.order("replay", text=HEAD + "expect popup removal\n", noWaiting=True)
+    other.order("stopReplay")
+    other.until(lambda: other.state["replaying"] is None and other.state["clock"]["mode"] == "fast")

@@ -14,14 +14,6 @@ namespace {
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 using OwnedError = std::unique_ptr<GError, decltype(&g_error_free)>;
 
-Json argumentsOf(GDBusArgInfo** arguments) {
-    Json all = Json::array();
-    for (; arguments != nullptr && *arguments != nullptr; ++arguments) {
-        all.add(Json::object({{"name", (*arguments)->name}, {"type", (*arguments)->signature}}));
-    }
-    return all;
-}
-
 std::string typeOf(const GDBusMethodInfo& method) {
     std::string type = "(";
     for (GDBusArgInfo** argument = method.in_args; argument != nullptr && *argument != nullptr;
@@ -86,20 +78,6 @@ const GDBusMethodInfo& BusInterface::known(const std::string& member) const {
 
 bool BusInterface::isAnswered(const std::string& member) {
     return member != "GetDeviceInfo" && member != "LaunchPopup" && member != "SwitchToContent";
-}
-
-Json BusInterface::methods() const {
-    Json all = Json::array();
-    GDBusInterfaceInfo* const interface =
-        g_dbus_node_info_lookup_interface(node_.get(), daemonInterface);
-    for (GDBusMethodInfo** method = interface == nullptr ? nullptr : interface->methods;
-         method != nullptr && *method != nullptr; ++method) {
-        all.add(Json::object({{"member", (*method)->name},
-                              {"answered", isAnswered((*method)->name)},
-                              {"in", argumentsOf((*method)->in_args)},
-                              {"out", argumentsOf((*method)->out_args)}}));
-    }
-    return all;
 }
 
 std::string BusInterface::signatureOf(const std::string& member) const {

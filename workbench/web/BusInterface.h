@@ -28,9 +28,6 @@ public:
     /// Reads a description. Throws std::runtime_error.
     explicit BusInterface(const std::string& file);
 
-    /// The methods, as the protocol has them.
-    Json methods() const;
-
     /// Whether there is such a method, and whether it answers.
     bool has(const std::string& member) const { return find(member) != nullptr; }
     static bool isAnswered(const std::string& member);

@@ -56,6 +56,20 @@ Json ClockDial::clock(const Json& with) {
     return {};
 }
 
+void ClockDial::hold() {
+    if (!heldRate_) {
+        heldRate_ = tv_.clock().rate();
+        tv_.clock().setRate(0);
+    }
+}
+
+void ClockDial::letGo() {
+    if (heldRate_) {
+        tv_.clock().setRate(*heldRate_);
+        heldRate_.reset();
+    }
+}
+
 Json ClockDial::step() {
     for (const simulated::VirtualClock::Timer& timer : tv_.clock().timers()) {
         // The watchdog is fed for ever; nobody waits for that.

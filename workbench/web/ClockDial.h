@@ -2,6 +2,8 @@
 // wait.
 #pragma once
 
+#include <optional>
+
 #include "Order.h"
 #include "SimulatedTv.h"
 
@@ -16,6 +18,10 @@ public:
     Json step();
     Json skip(const Json& with);
 
+    /// Stops the clock for a while, and lets it go on as before. Nothing happens when it is not held.
+    void hold();
+    void letGo();
+
     /// Lets time pass at once, until all is settled.
     void pass(std::int64_t milliseconds);
 
@@ -26,8 +32,9 @@ public:
 private:
     simulated::SimulatedTv& tv_;
     int factor_ = 30;
-    bool isPassing_ = false;    // at once
-    std::uint64_t passed_ = 0;  // how often it was
+    std::optional<double> heldRate_;  // what it goes on with
+    bool isPassing_ = false;          // at once
+    std::uint64_t passed_ = 0;        // how often it was
 };
 
 }  // namespace workbench

@@ -71,10 +71,8 @@ Json offeredScenarios() {
 
 }  // namespace
 
-Offers::Offers(const Stage& stage, std::string busAddress, const BusInterface& interface)
-    : busAddress_(std::move(busAddress)),
-      methods_(interface.methods()),
-      languages_(languagesIn(stage.catalogues())) {}
+Offers::Offers(const Stage& stage, std::string busAddress)
+    : busAddress_(std::move(busAddress)), languages_(languagesIn(stage.catalogues())) {}
 
 Json Offers::hello(std::int64_t now) const {
     return Json::object({{"type", "hello"},
@@ -84,8 +82,7 @@ Json Offers::hello(std::int64_t now) const {
                          {"home", g_get_home_dir()},
                          {"languages", languages_},
                          {"samples", offeredSamples()},
-                         {"scenarios", offeredScenarios()},
-                         {"methods", methods_}});
+                         {"scenarios", offeredScenarios()}});
 }
 
 namespace {

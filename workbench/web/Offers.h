@@ -1,10 +1,8 @@
-// What a page can choose from: languages, samples, scenarios, methods of the daemon, folders of this
-// machine.
+// What a page can choose from: languages, samples, scenarios, folders of this machine.
 #pragma once
 
 #include <string>
 
-#include "BusInterface.h"
 #include "Json.h"
 #include "Order.h"
 #include "Stage.h"
@@ -13,7 +11,7 @@ namespace workbench {
 
 class Offers {
 public:
-    Offers(const Stage& stage, std::string busAddress, const BusInterface& interface);
+    Offers(const Stage& stage, std::string busAddress);
 
     /// The greeting of a page, as the protocol has it.
     Json hello(std::int64_t now) const;
@@ -24,7 +22,6 @@ public:
 
 private:
     std::string busAddress_;
-    Json methods_;
     Json languages_;
     int looks_ = 0;  // under way
 };

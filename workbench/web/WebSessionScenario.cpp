@@ -27,6 +27,9 @@ void WebSession::offerScenarioOrders() {
         try {
             std::vector<Step> steps =
                 readScenario(with["text"].text(), WORKBENCH_SCENARIOS, interface_);
+            if (with["noWaiting"].truth()) {
+                clock_.hold();
+            }
             player_.start(behindPlugged(std::move(steps)));
         } catch (const ScenarioError& error) {
             throw OrderError(error.what());
@@ -96,6 +99,7 @@ void WebSession::tellStep(const Step& step, const std::string& error) {
 
 void WebSession::endReplay(bool allWell) {
     ++touched_;
+    clock_.letGo();
     audience_.tellAll(Json::object({{"type", "replayEnd"}, {"ok", allWell}, {"error", Json()}}));
     if (arguments_.isHeadless) {
         static_cast<void>(std::puts(allWell ? "all expectations held" : "something went wrong"));
@@ -122,6 +126,7 @@ void WebSession::stopReplay() {
         g_source_remove(waitTimer_);
         waitTimer_ = 0;
     }
+    clock_.letGo();
     audience_.tellAll(
         Json::object({{"type", "replayEnd"}, {"ok", false}, {"error", "it was stopped"}}));
 }

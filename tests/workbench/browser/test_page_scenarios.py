@@ -152,3 +152,46 @@ def test_an_expectation_that_does_not_hold_is_marked_with_its_reason(scenarios):
 
 def test_a_text_that_cannot_be_read_names_its_line(scenarios):
     assert "line 3" in replay(scenarios, "portmeld-scenario 1\nplugSample mixed\nfrobnicate\n")
+
+
+# Counts frames, reads of measures that have the page laid out, and rounds of changes on the screen.
+COUNT = """
+window.frames_ = window.measured = window.drawn = 0;
+for (const [owner, name] of [[HTMLElement.prototype, "offsetWidth"], [Element.prototype, "scrollHeight"]]) {
+  const { get } = Object.getOwnPropertyDescriptor(owner, name);
+  Object.defineProperty(owner, name, { get() { window.measured += 1; return get.call(this); } });
+}
+(function next() { window.frames_ += 1; requestAnimationFrame(next); })();
+new MutationObserver(() => { window.drawn += 1; })
+  .observe(document.querySelector(".plugged"), { childList: true });
+"""
+
+
+def test_a_long_replay_is_drawn_once_in_a_frame_and_can_be_stopped(scenarios):
+    page = scenarios
+    cycles = "".join(
+        f"plugSample mixed\nexpect popup browse\npull {port}\nkey up\n" for port in range(1, 31)
+    )
+    page.run(f"(() => {{ {COUNT} }})()")
+    assert replay(page, f"portmeld-scenario 1\n{cycles}") == "Everything held.", page.do("allInnerTexts", selector=".replay .bad")
+    assert page.count(".replay .ok") == 120
+    frames, measured, drawn = page.run("[window.frames_, window.measured, window.drawn]")
+    assert drawn > 0 and measured > 0
+    assert max(measured, drawn) <= frames
+    page.do("uncheck", selector=".check:has-text('no waiting') input")
+    page.fill(TEXT, f"portmeld-scenario 1\nplugSample empty\nafter 3600\n{cycles}")
+    page.click("role=button[name='Replay']")
+    page.see(".verdict", text="Line 3 of")
+    page.click(".scenario-bar >> role=button[name='Stop']")
+    page.see(".verdict", text="it was stopped")
+
+
+def test_a_replay_of_another_page_begins_with_an_empty_list(scenarios, open_page):
+    other = open_page()
+    other.click("role=tab[name='Scenarios']")
+    assert replay(scenarios, "portmeld-scenario 1\nkey up\nkey up\nkey up\n") == "Everything held."
+    other.see(".verdict .good")
+    assert other.count(".replay li") == 3
+    assert replay(other, "portmeld-scenario 1\nkey down\n") == "Everything held."
+    scenarios.see(".replay .ok", text="key down")
+    assert scenarios.count(".replay li") == 1

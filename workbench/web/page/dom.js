@@ -86,10 +86,19 @@ export function plain(text, properties = {}) {
   return h("bdi", properties, written(text));
 }
 
-/** Shows for a moment that something changed. */
+const changed = new Set();
+
+/** Shows for a moment that something changed, from the next frame on. */
 export function light(node) {
-  node.classList.remove("lit");
-  // Reading a measure makes the removal count, so that the animation begins anew.
-  void node.offsetWidth;
-  node.classList.add("lit");
+  if (changed.size === 0) {
+    requestAnimationFrame(() => {
+      for (const one of changed) {
+        // Another name of the same animation begins it anew, and nothing has to be laid out for it.
+        one.classList.toggle("again", one.classList.contains("lit") && !one.classList.contains("again"));
+        one.classList.add("lit");
+      }
+      changed.clear();
+    });
+  }
+  changed.add(node);
 }

@@ -29,7 +29,7 @@ export class ScenariosView {
     fill(this.results_, h("li", { class: "none" }, h("span", {}, INTRODUCTION)));
     this.tidies_ = h("input", { type: "checkbox", checked: true });
     this.skips_ = h("input", { type: "checkbox", checked: true });
-    this.clockBefore_ = null;
+    this.lastLine_ = Infinity;
     this.replay_ = button("play", "Replay", () => this.toggleReplay_(), { class: "button primary" });
     this.file_ = h("input", { type: "file", accept: ".txt,.scenario,text/plain", hidden: true, onchange: () => this.load_() });
     this.node = h(
@@ -49,7 +49,7 @@ export class ScenariosView {
     store.onHello((hello) => this.showReady_(hello.scenarios));
     store.on("recording", (recording) => this.showRecording_(recording));
     store.on("replaying", (replaying) => this.showReplaying_(replaying));
-    store.onReplay((message) => (message.type === "replay" ? this.addStep_(message) : this.end_(message)));
+    store.onReplay((messages) => this.showReplay_(messages));
   }
 
   choices_() {
@@ -109,50 +109,55 @@ export class ScenariosView {
     try {
       if (this.isReplaying_) {
         await this.ask_("stopReplay");
-        this.restoreClock_();
       } else {
         fill(this.results_);
         fill(this.verdict_);
         await this.prepare_();
-        await this.ask_("replay", { text: this.text_.value });
+        await this.ask_("replay", { text: this.text_.value, noWaiting: this.skips_.checked });
       }
     } catch (error) {
-      this.restoreClock_();
       fill(this.verdict_, h("span", { class: "bad" }, plain(error.message)));
     }
   }
 
   async prepare_() {
     const orders = this.tidies_.checked ? ordersAfresh(this.store_.state) : [];
-    if (this.skips_.checked) {
-      const { mode, factor } = this.store_.state.clock;
-      this.clockBefore_ = { mode, factor };
-      orders.unshift(["clock", { mode: "stopped" }]);
-    }
     await Promise.all(orders.map(([name, values]) => this.ask_(name, values)));
   }
 
-  restoreClock_() {
-    if (this.clockBefore_) {
-      this.ask_("clock", this.clockBefore_).catch(this.fail_);
-      this.clockBefore_ = null;
+  /** Shows what came within one frame. */
+  showReplay_(messages) {
+    const lines = document.createDocumentFragment();
+    for (const message of messages) {
+      if (message.type === "replay") {
+        // The lines of a replay rise: another one has begun, perhaps on another page.
+        if (message.line <= this.lastLine_) {
+          lines.replaceChildren();
+          fill(this.results_);
+        }
+        this.lastLine_ = message.line;
+        lines.append(this.line_(message));
+      }
+    }
+    this.results_.append(lines);
+    this.results_.scrollTop = this.results_.scrollHeight;
+    const last = messages.at(-1);
+    if (last.type === "replayEnd") {
+      this.end_(last);
     }
   }
 
-  addStep_(step) {
-    this.results_.append(
-      h(
-        "li",
-        { class: step.ok ? "ok" : "bad", "data-line": step.line },
-        h("span", { class: "mark" }, step.ok ? "ok" : "not ok"),
-        h("span", {}, plain(step.text), step.error ? h("small", { class: "bad" }, plain(step.error)) : null),
-      ),
+  line_(step) {
+    return h(
+      "li",
+      { class: step.ok ? "ok" : "bad", "data-line": step.line },
+      h("span", { class: "mark" }, step.ok ? "ok" : "not ok"),
+      h("span", {}, plain(step.text), step.error ? h("small", { class: "bad" }, plain(step.error)) : null),
     );
-    this.results_.scrollTop = this.results_.scrollHeight;
   }
 
   end_(message) {
-    this.restoreClock_();
+    this.lastLine_ = Infinity;
     const text = message.ok ? "Everything held." : message.error ?? "Something did not hold.";
     fill(this.verdict_, h("span", { class: message.ok ? "good" : "bad" }, plain(text)));
     const wrong = [...this.results_.querySelectorAll("li.bad")];

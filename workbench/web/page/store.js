@@ -62,9 +62,12 @@ export class Store {
     this.members_ = new Map();
     this.helloListeners_ = [];
     this.replayListeners_ = [];
+    this.changed_ = new Set();
+    this.replayed_ = [];
+    this.due_ = false;
   }
 
-  /** Calls back with (value, previous value) when a member of the state arrives. */
+  /** Calls back with the value when a member of the state has arrived, at most once in a frame. */
   on(member, listener) {
     this.members_.set(member, [...(this.members_.get(member) ?? []), listener]);
   }
@@ -74,7 +77,7 @@ export class Store {
     this.helloListeners_.push(listener);
   }
 
-  /** Calls back with each line of a replayed scenario, and with its end. */
+  /** Calls back in each frame with what has come of a replay: its lines, and its end. */
   onReplay(listener) {
     this.replayListeners_.push(listener);
   }
@@ -91,13 +94,7 @@ export class Store {
         this.helloListeners_.forEach((listener) => listener(message));
         break;
       case "state":
-        // The clock first: others reckon with it.
-        this.change_("clock", message.state.clock);
-        for (const [member, value] of Object.entries(message.state)) {
-          if (member !== "clock") {
-            this.change_(member, value);
-          }
-        }
+        Object.entries(message.state).forEach(([member, value]) => this.change_(member, value));
         break;
       case "change":
         this.change_(message.path, message.value);
@@ -113,7 +110,8 @@ export class Store {
         break;
       case "replay":
       case "replayEnd":
-        this.replayListeners_.forEach((listener) => listener(message));
+        this.replayed_.push(message);
+        this.announceSoon_();
         break;
       default:
         console.warn("a message of unknown type", message.type);
@@ -121,8 +119,31 @@ export class Store {
   }
 
   change_(member, value) {
-    const previous = this.state[member];
     this.state[member] = value;
-    (this.members_.get(member) ?? []).forEach((listener) => listener(value, previous));
+    this.changed_.add(member);
+    this.announceSoon_();
+  }
+
+  /** Messages come faster than anybody sees: what is shown is drawn once in a frame. */
+  announceSoon_() {
+    if (!this.due_) {
+      this.due_ = true;
+      requestAnimationFrame(() => this.announce_());
+    }
+  }
+
+  announce_() {
+    this.due_ = false;
+    // The clock first: others reckon with it.
+    const changed = [...this.changed_].sort((one, other) => (other === "clock") - (one === "clock"));
+    this.changed_.clear();
+    const replayed = this.replayed_;
+    this.replayed_ = [];
+    for (const member of changed) {
+      (this.members_.get(member) ?? []).forEach((listener) => listener(this.state[member]));
+    }
+    if (replayed.length > 0) {
+      this.replayListeners_.forEach((listener) => listener(replayed));
+    }
   }
 }

@@ -193,6 +193,22 @@ def test_the_end_of_the_program_is_told_on_the_page(browser, television):
     page.close()
 
 
+def test_a_call_that_ends_the_daemon_is_only_made_on_purpose_and_told_as_the_reason(browser, television):
+    page = browser.open(television.address.geturl())
+    page.click("role=tab[name='Call']")
+    page.choose("select.methods", {"label": "GetPhotoBGMPlayListItem"})
+    page.click("role=button[name='Call']")
+    page.see(".call-form .notice", text="index: a whole number")
+    page.click("role=tab[name='Log']")
+    page.see(".log-row >> nth=0")
+    page.fill("role=spinbutton[name='index']", "3")
+    page.click("role=button[name='Call']")
+    told = page.see("#veil [role=alert]", text="does not answer")
+    assert "during: GetPhotoBGMPlayListItem" in told
+    assert "The last line of the daemon's log: " in told
+    page.close()
+
+
 def test_the_page_takes_nothing_from_elsewhere(page, television):
     page.click("[data-sample=one-photo]")
     page.see(".popup-source")

@@ -157,3 +157,34 @@ def test_tab_reaches_every_control_in_view_and_each_shows_its_focus(page):
            .map((one) => one.outerHTML.slice(0, 120))"""
     )
     assert missed == []
+
+
+@pytest.mark.parametrize(
+    "control", ["role=tab[name='State']", ".device summary", "#wire-list", "role=button[name='Clear'] >> nth=0"]
+)
+def test_keys_that_a_control_does_not_use_are_for_the_tv(page, control):
+    page.press("4")
+    page.see(".popup")
+    page.see(".device summary")
+    page.do("focus", selector=control)
+    page.press("Escape")
+    page.gone(".popup")
+    page.do("focus", selector=control)
+    page.press("p")
+    page.see(".tv-dark")
+
+
+def test_a_key_that_is_held_down_plugs_and_switches_once_and_steers_on(watched):
+    page = watched
+    for key in ["4", "p", "p", "ArrowRight"]:
+        for _ in range(3):
+            page.do("keyboard.down", key)
+        page.do("keyboard.up", key)
+    page.do("focus", selector="[data-sample=empty]")
+    for _ in range(3):
+        page.do("keyboard.down", "Enter")
+    page.do("keyboard.up", "Enter")
+    page.until("document.querySelectorAll('.port').length === 2")
+    orders = page.run("window.orders.map(([name, values]) => values.name ?? name)")
+    done = [name for name in orders if name in ("plugSample", "power", "right")]
+    assert done == ["plugSample", "power", "power", "right", "right", "right", "plugSample"]

@@ -7,6 +7,7 @@ import { fill, h, plain, setText } from "/dom.js";
 import { iconButton } from "/fields.js";
 import { helpDialog } from "/help.js";
 import { icon } from "/icons.js";
+import { isTaken } from "/keys.js";
 import { Link } from "/link.js";
 import { logView } from "/log.js";
 import { Ports } from "/ports.js";
@@ -52,8 +53,8 @@ function step() {
 
 const store = new Store();
 const time = new TvTime(store);
-const connection = new Connection(at("veil"));
-const link = new Link((received) => store.receive(received), (status) => connection.is(status));
+const connection = new Connection(at("veil"), () => store.log.items.at(-1)?.message);
+const link = new Link((received) => store.receive(received), (status, unanswered) => connection.is(status, unanswered));
 const help = helpDialog();
 document.body.append(help);
 
@@ -95,7 +96,7 @@ const streams = new Tabs(at("dock-then"), "What happened", [
 store.onHello((hello) => setText(bus, hello.bus));
 
 document.addEventListener("keydown", (event) => {
-  if (event.ctrlKey || event.altKey || event.metaKey || event.target.matches("input:not([type=checkbox]), textarea, select, dialog, dialog *")) {
+  if (event.repeat || isTaken(event)) {
     return;
   }
   const samples = store.hello?.samples ?? [];

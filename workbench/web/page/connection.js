@@ -1,6 +1,6 @@
 // How the line to the program stands, as the page shows it. A line that is back at once is no news.
 
-import { fill, h, setText } from "/dom.js";
+import { fill, h, plain, setText } from "/dom.js";
 
 const TEXTS = { connecting: "Connecting", open: "Connected", lost: "Not connected" };
 const ADVICE =
@@ -10,17 +10,21 @@ const ADVICE =
 const PATIENCE = 2500;
 
 export class Connection {
-  /** `veil` covers the page while nothing can be done in it. */
-  constructor(veil) {
+  /** `veil` covers the page while nothing can be done in it; `lastWords` tells what was logged last. */
+  constructor(veil, lastWords) {
     this.veil_ = veil;
+    this.lastWords_ = lastWords;
+    this.unanswered_ = [];
     this.node = h("span", { class: "status" });
     this.waiting_ = null;
     this.show_("connecting");
   }
 
-  /** Takes each "connecting", "open" and "lost" of the line. */
-  is(status) {
+  /** Takes each "connecting", "open" and "lost" of the line; `unanswered` names orders. */
+  is(status, unanswered = []) {
+    this.unanswered_.push(...unanswered);
     if (status === "open") {
+      this.unanswered_ = [];
       clearTimeout(this.waiting_);
       this.waiting_ = null;
       this.show_("open");
@@ -37,6 +41,16 @@ export class Connection {
     this.node.dataset.status = status;
     setText(this.node, TEXTS[status]);
     this.veil_.hidden = status !== "lost";
-    fill(this.veil_, status === "lost" ? h("p", { role: "alert" }, ADVICE) : null);
+    fill(this.veil_, status === "lost" ? h("div", { role: "alert" }, h("p", {}, ADVICE), this.known_()) : null);
+  }
+
+  /** What is known of the reason. */
+  known_() {
+    const [order] = this.unanswered_;
+    const words = this.lastWords_();
+    return [
+      order ? h("p", {}, "It ended, or was lost, during: ", h("code", {}, plain(order)), ".") : null,
+      words ? h("p", {}, "The last line of the daemon's log: ", h("code", {}, plain(words))) : null,
+    ];
   }
 }

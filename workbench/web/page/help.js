@@ -23,7 +23,7 @@ export function helpDialog() {
     { class: "help", "aria-labelledby": "help-title" },
     h("header", {}, h("h2", { id: "help-title" }, "Keys"), iconButton("close", "Close", () => node.close())),
     h("dl", {}, KEYS.map(([key, text]) => h("div", {}, h("dt", {}, h("kbd", {}, key)), h("dd", {}, text)))),
-    h("p", {}, "Enter presses a button that has the focus, such as a sample; T brings the focus back to the screen. The keys work wherever no field is being typed into. Tab reaches everything else."),
+    h("p", {}, "A field takes all that is typed into it. Whatever else has the focus takes only what it uses itself: a button or a tab Enter and Space, a list or a row of tabs the arrows. T brings the focus back to the screen. Tab reaches everything else."),
   );
   return node;
 }

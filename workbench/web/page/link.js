@@ -8,7 +8,7 @@ const LONGEST_PAUSE = 5000;
 export class Link {
   /**
    * `receive` gets every message that is no answer, parsed; `status` gets "connecting", "open" or
-   * "lost".
+   * "lost", the last with the orders that were not answered, as texts.
    */
   constructor(receive, status) {
     this.receive_ = receive;
@@ -27,7 +27,7 @@ export class Link {
         return;
       }
       const id = this.next_++;
-      this.waiting_.set(id, { resolve, reject });
+      this.waiting_.set(id, { resolve, reject, order: values.member ?? name });
       this.socket_.send(JSON.stringify({ id, do: name, with: values }));
     });
   }
@@ -62,7 +62,7 @@ export class Link {
   }
 
   lost_() {
-    this.status_("lost");
+    this.status_("lost", [...this.waiting_.values()].map(({ order }) => order));
     for (const { reject } of this.waiting_.values()) {
       reject(new Error("the connection broke"));
     }

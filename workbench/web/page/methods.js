@@ -14,7 +14,7 @@ export const METHODS = [
   { member: "GetDeviceListByFsType", does: "lists devices with a file system by signals; -1 all", takes: [clientId, number("fs_type", -1)] },
   { member: "SetEnablePopUP", does: "shows or holds back pop-ups of new devices", takes: [{ name: "enable", type: "b", start: true }] },
   { member: "SetPhotoBGMPlayList", does: "adds one item of background music", takes: [text("first", "/music/song.mp3"), text("second", "Song"), text("third", "Artist")] },
-  { member: "GetPhotoBGMPlayListItem", does: "tells one item of background music", warns: "An index that is not stored ends the daemon.", takes: [number("index")] },
+  { member: "GetPhotoBGMPlayListItem", does: "tells one item of background music", warns: "An index that is not stored ends the daemon: give one that is.", takes: [number("index", "")] },
   { member: "ClearPhotoBGMPlayList", does: "empties the background music", takes: [] },
   { member: "GetDeviceInfo", does: "registers the caller, nothing else", silent: true, takes: [clientId, text("device_name")] },
   { member: "LaunchPopup", does: "does nothing", silent: true, takes: [text("device_name")] },

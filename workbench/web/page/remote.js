@@ -2,9 +2,7 @@
 
 import { fill, h } from "/dom.js";
 import { icon } from "/icons.js";
-
-// Where these keys have a meaning of their own, they keep it.
-const BUSY = "input:not([type=checkbox]), select, textarea, summary, a, [role=listbox], [role=tab], dialog, dialog *";
+import { isTaken } from "/keys.js";
 
 const KEYS = {
   ArrowLeft: "left",
@@ -71,14 +69,13 @@ export class Remote {
 
   onKeyDown_(event) {
     const name = KEYS[event.key.length === 1 ? event.key.toLowerCase() : event.key];
-    if (!name || event.ctrlKey || event.altKey || event.metaKey || event.defaultPrevented) {
-      return;
-    }
     const target = event.target;
-    // A focused button is pressed by the browser; a card is scrolled by the arrows.
-    const presses = name === "ok" && target.matches("button");
-    const scrolls = ["up", "down"].includes(name) && target.matches(".launched-body");
-    if (presses || scrolls || target.matches(BUSY)) {
+    // A key that is held down moves on, but neither presses a button again nor switches off and on.
+    const isHeld = event.repeat && !event.key.startsWith("Arrow");
+    if (isHeld && event.key === "Enter" && target.matches("button")) {
+      event.preventDefault();
+    }
+    if (!name || isHeld || isTaken(event)) {
       return;
     }
     event.preventDefault();

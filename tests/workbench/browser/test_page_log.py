@@ -121,3 +121,18 @@ def test_a_line_is_read_in_full_by_keys(log):
     log.see("#panel-log .detail .detail-head", text=".cpp:")
     log.press("Escape")
     log.gone("#panel-log .detail")
+
+
+def test_a_clicked_line_stays_in_view_above_its_detail(page):
+    page.click("[data-sample=mixed]")
+    page.see(".popup")
+    page.stop_time()
+    page.click("role=tab[name='Log']")
+    last = page.run(
+        """[...document.querySelectorAll(".log-row")]
+           .sort((one, other) => one.ariaPosInSet - other.ariaPosInSet).at(-1).id"""
+    )
+    page.click(f"#{last}")
+    page.see("#panel-log .detail")
+    row, rows = page.box(".log-row[aria-selected=true]"), page.box("#log-list")
+    assert rows["y"] <= row["y"] and row["y"] + row["height"] <= rows["y"] + rows["height"] + 1

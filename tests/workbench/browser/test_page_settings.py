@@ -112,3 +112,11 @@ def test_a_notification_server_that_refuses_shows_no_popup(settings):
     page.click("role=tab[name='State']")
     page.see(".device summary", text="Photo Stick")
     assert page.count(".popup") == 0
+
+
+def test_enter_writes_any_key(settings):
+    settings.fill(f"{FORM} label:has-text('Key') input", "db/somebody/else")
+    settings.fill(f"{FORM} label:has-text('Value') input", "7")
+    settings.press("Enter")
+    settings.until("window.orders.some(([name]) => name === 'setting')")
+    assert [one["value"] for one in written(settings)] == ["7"]

@@ -1,7 +1,8 @@
 // Settings of the television, what its viewer is doing, and services that fail on demand.
 
 import { h } from "/dom.js";
-import { button, field, onSend, toggle, WrongField, wholeNumber } from "/fields.js";
+import { field, onSend, toggle, WrongField, wholeNumber } from "/fields.js";
+import { icon } from "/icons.js";
 
 const USE_MODE_KEY = "db/menu/support/use_mode";
 
@@ -84,7 +85,7 @@ export class SettingsView {
       { class: "any-key" },
       field("Key", key),
       h("div", { class: "pair" }, field("Type", type), field("Value", value)),
-      button("save", "Write", () => form.requestSubmit()),
+      h("button", { class: "button" }, icon("save"), h("span", {}, "Write")),
     );
     const notice = onSend(form, () => {
       if (key.value.trim() === "") {

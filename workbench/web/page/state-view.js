@@ -1,6 +1,6 @@
 // The daemon's own account: what it lists, counts and remembers. Whatever changes lights up.
 
-import { fill, h, light, plain, setText, written } from "/dom.js";
+import { fill, foreign, h, light, plain, setText, written } from "/dom.js";
 import { CLASSES, DISK_TYPES, FILE_SYSTEMS, POPUP_KINDS, sizeText } from "/units.js";
 
 const COUNTERS = [["fat", "FAT"], ["exfat", "exFAT"], ["ext4", "ext"], ["ntfs", "NTFS"], ["cameras", "cameras"]];
@@ -60,7 +60,7 @@ class DeviceCard {
   }
 
   set(device) {
-    fill(this.title_, plain(device.displayName || device.product || "no name"));
+    fill(this.title_, foreign(written(device.displayName || device.product || "no name")));
     fill(
       this.note_,
       plain(device.deviceName || device.deviceKey),

@@ -2,7 +2,7 @@
 
 export const FILE_SYSTEMS = { 0: "FAT", 1: "exFAT", 2: "ext2, ext3, ext4", 3: "NTFS", 99: "unknown" };
 export const CLASSES = { 6: "still image (camera)", 8: "mass storage" };
-export const DISK_TYPES = { 0: "ATA", 1: "USB", 2: "other" };
+export const DISK_TYPES = { 0: "ATA", 1: "USB", 2: "other", 99: "unknown" };
 export const POPUP_KINDS = { 1: "browse", 0: "play", "-1": "none yet" };
 
 /** A size in units of 1024 bytes; negative ones are what a cut to 32 bits leaves. */

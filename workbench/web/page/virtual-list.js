@@ -29,14 +29,6 @@ export class VirtualList {
     new ResizeObserver(() => this.draw()).observe(this.node);
   }
 
-  get length() {
-    return this.items_.length;
-  }
-
-  get selected() {
-    return this.selected_;
-  }
-
   /** Shows these items, which have distinct numbers "n" in rising order; the array is not changed. */
   show(items) {
     this.items_ = items;
@@ -71,13 +63,6 @@ export class VirtualList {
     }
   }
 
-  /** Draws every row anew, for when they look different now. */
-  redraw() {
-    this.rows_.forEach((row) => row.remove());
-    this.rows_.clear();
-    this.draw();
-  }
-
   toEnd() {
     this.follows_ = true;
     this.draw();
@@ -107,8 +92,12 @@ export class VirtualList {
     } else {
       this.node.removeAttribute("aria-activedescendant");
     }
-    this.draw();
     this.select_(item);
+    // What shows the item may take room from the list.
+    if (item) {
+      this.reveal_(this.items_.indexOf(item));
+    }
+    this.draw();
   }
 
   onScroll_() {
@@ -132,8 +121,6 @@ export class VirtualList {
     } else if (next !== undefined && last >= 0) {
       event.preventDefault();
       const index = Math.min(Math.max(next, 0), last);
-      this.follows_ = false;
-      this.reveal_(index);
       this.choose_(this.items_[index]);
     }
   }

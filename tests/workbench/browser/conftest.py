@@ -1,6 +1,7 @@
 """A browser for the session; for each test a television, pages of it and a client of its bus."""
 
 import pathlib
+import re
 import sys
 
 import pytest
@@ -10,6 +11,9 @@ sys.path[:0] = [str(HERE), str(HERE.parent), str(HERE.parent.parent / "support")
 
 import client  # noqa: E402 (the path comes first)
 from browser import WATCH, Browser  # noqa: E402
+
+# The picture of a pop-up that is gone again before it was fetched is not there any more.
+GONE = re.compile(r"status of 404 .*/icon\?path=")
 
 
 @pytest.fixture(scope="session")
@@ -41,11 +45,12 @@ def open_page(browser, television):
         return page
 
     yield begin
-    # The picture of a pop-up that is gone again before it was fetched is not there any more.
-    complaints = [text for page in pages for text in page.complaints() if "/icon?" not in text]
+    complaints = [text for page in pages for text in page.complaints() if not GONE.search(text)]
+    missing = sum(page.count(".popup .missing") for page in pages)
     for page in pages:
         page.close()
     assert not complaints
+    assert missing == 0, "a pop-up in view lacks a picture"
 
 
 @pytest.fixture

@@ -151,6 +151,12 @@ def test_the_page_fills_a_window_and_never_needs_scroll_bars(open_page, width, h
            .map((one) => one.className)"""
     )
     assert wide == []
+    pad = page.box(".pad")
+    assert abs(pad["width"] - pad["height"]) < 1
+    page.click("role=tab[name='Call']")
+    page.choose("select.methods", {"label": "GetPhotoBGMPlayListItem"})
+    line, form = page.box(".gdbus-box"), page.box(".call-form")
+    assert line["height"] >= 60 and line["y"] + line["height"] <= form["y"] + form["height"] + 1
     tv, remote = page.box(".tv"), page.box(".remote")
     assert tv["y"] + tv["height"] <= remote["y"]
     ok = page.box(".pad-ok")

@@ -7,7 +7,7 @@ import { icon } from "/icons.js";
 
 const PICTURES = { stick: "usb", camera: "camera", disk: "disk" };
 const MOST_AT_ONCE = 32;
-const SEVERAL = "With more than one device the TV looks into none: it offers to browse, in the companion application.";
+const SEVERAL = "With more than one device the TV only offers to browse.";
 // So many samples have a key.
 const KEYED = 9;
 

@@ -78,8 +78,11 @@ if wanted sanitize; then
       pytests "$suite under sanitizers" sanitize "tests/$suite" "${at_a_time[$suite]:-0}"
     done
     # A browser would only make these slow; what its cases ask of the program others ask as well.
+    # What a library leaks is told by where it was allocated, which only the slow way back finds.
+    ASAN_OPTIONS="fast_unwind_on_malloc=0:$ASAN_OPTIONS"
+    export LSAN_OPTIONS="suppressions=$root/tests/workbench/leaks.supp:print_suppressions=0"
     pytests 'workbench under sanitizers' sanitize tests/workbench 4 --ignore=tests/workbench/browser
-    unset ASAN_OPTIONS UBSAN_OPTIONS
+    unset ASAN_OPTIONS UBSAN_OPTIONS LSAN_OPTIONS
     no_sanitizer_reports
   else
     for suite in unit bus ctl linux workbench; do

@@ -31,7 +31,7 @@ std::string RecordFile::follow(const std::string& text) {
         if (count >= 0) {
             written_ += static_cast<std::size_t>(count);
         } else if (errno != EINTR) {
-            const std::string reason = path_ + ": " + g_strerror(errno);
+            std::string reason = path_ + ": " + g_strerror(errno);
             static_cast<void>(close(file_));
             file_ = -1;
             return reason;

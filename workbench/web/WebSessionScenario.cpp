@@ -143,7 +143,7 @@ void WebSession::saveRecording() {
 }
 
 std::string WebSession::endRecording() {
-    const std::string text = recorder_.end();
+    std::string text = recorder_.end();
     const std::string reason = recordFile_ ? recordFile_->follow(text) : "";
     if (!reason.empty()) {
         complain(reason);

@@ -262,8 +262,7 @@ def test_a_server_that_cannot_be_started_is_not_hoped_for_until_the_services_of_
     assert stage.show() != 0
     assert stage.news() == []
     bus.tell_of_services()
-    stage.pass_bus()
-    assert stage.show() == 0
+    stage.show_until_taken()
     stage.probe.event("hidden")
 
 

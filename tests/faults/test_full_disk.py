@@ -43,8 +43,11 @@ def first_button(world):
     world.plug()
     point = world.mount()
     popup = world.screen.take(lambda call: call.get("call") == "Notify" and call["actions"])
+    before = len(world.lines())
     world.machine.unplug("fat32")
     world.take_notice()
+    # While a notice of a removal stands, the next removal is told by no other.
+    world.wait_for_line("Hide by timeout", before)
     world.client.news()
     world.stick.unmount(world.mounts, point)
     return popup["actions"][1]

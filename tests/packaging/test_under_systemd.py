@@ -71,7 +71,7 @@ def test_a_file_system_that_is_mounted_later_reaches_it(machine, service):
 def test_it_hears_of_devices(machine, service):
     machine.succeed("viewer", *COUNT)
     # Protocol 15 are the kernel's and udev's events; a socket's number is that of its process. It listens
-    # from half a second after its start.
+    # from a tenth of a second after its start.
     for _ in range(300):
         table = machine.succeed("root", "cat", "/proc/net/netlink").splitlines()
         if any(line.split()[1:3] == ["15", service] for line in table):

@@ -16,7 +16,7 @@ namespace {
 
 // A look at every device of the machine takes longer than all else at the start, and whoever waits for the
 // daemon waits for its name on the bus.
-constexpr unsigned LOOK_AROUND_MILLISECONDS = 500;
+constexpr unsigned LOOK_AROUND_MILLISECONDS = 100;
 constexpr unsigned TABLE_READ_AGAIN_MILLISECONDS = 1'000;
 constexpr unsigned WAKE_UP_MILLISECONDS = 5'000;
 constexpr unsigned OTHERS_MOUNT_FIRST_MILLISECONDS = 2'000;

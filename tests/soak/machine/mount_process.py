@@ -11,21 +11,36 @@ import sys
 
 MNT_DETACH = 2
 
+# <linux/mount.h>
+FSCONFIG_SET_STRING, FSCONFIG_CMD_CREATE = 1, 6
+MOVE_MOUNT_F_EMPTY_PATH = 4
+AT_FDCWD = -100
+
 libc = ctypes.CDLL(None, use_errno=True)
 
 
 def checked(result):
     """Raises what went wrong."""
-    if result != 0:
+    if result < 0:
         raise OSError(ctypes.get_errno(), os.strerror(ctypes.get_errno()))
+    return result
 
 
 def mount(node, folder, file_name=None):
-    """A file system of this name, with one file on it when that has a name."""
+    """A file system of this name, with one file on it when that has a name: from the first moment that it can
+    be seen, since a search for media may begin then."""
     pathlib.Path(folder).mkdir(parents=True, exist_ok=True)
-    checked(libc.mount(node.encode(), folder.encode(), b"tmpfs", 0, b"size=64k"))
+    context = checked(libc.fsopen(b"tmpfs", 0))
+    for key, value in ((b"source", node.encode()), (b"size", b"64k")):
+        checked(libc.fsconfig(context, FSCONFIG_SET_STRING, key, value, 0))
+    checked(libc.fsconfig(context, FSCONFIG_CMD_CREATE, None, None, 0))
+    root = checked(libc.fsmount(context, 0, 0))
     if file_name:
-        pathlib.Path(folder, file_name).write_bytes(b"x")
+        with open(f"/proc/self/fd/{root}/{file_name}", "xb") as file:
+            file.write(b"x")
+    checked(libc.move_mount(root, b"", AT_FDCWD, folder.encode(), MOVE_MOUNT_F_EMPTY_PATH))
+    os.close(root)
+    os.close(context)
 
 
 def umount(folder):

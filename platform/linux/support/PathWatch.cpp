@@ -33,6 +33,9 @@ constexpr std::uint32_t ALL = GOINGS | IN_CREATE | IN_CLOSE_WRITE | IN_ATTRIB;
 constexpr unsigned FIRST_WAIT_MILLISECONDS = 50;
 constexpr unsigned MOST_ATTEMPTS = 7;
 
+/// How often folders are looked for that come and go all the time; the news of what is missed is on its way.
+constexpr unsigned MOST_ROUNDS = 8;
+
 /// What the kernel says of a folder that is elsewhere now or no more, and of lost events.
 constexpr std::uint32_t LOST = IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT | IN_Q_OVERFLOW;
 
@@ -98,10 +101,28 @@ struct PathWatch::Impl {
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    /// Watch the folders that are there, from the top, each for everything at first: the next one cannot
-    /// come or go unseen in between.
+    /// Watch the folders that are there. What comes or goes meanwhile is found by looking again: to watch
+    /// them all for everything until the last is watched would take the kernel a look at each name in them.
     void arm() {
-        const std::vector<Folder> before = std::exchange(folders, {});
+        std::vector<Folder> before = std::exchange(folders, {});
+        for (unsigned round = 0; round < MOST_ROUNDS; ++round) {
+            find();
+            watchFound();
+            if (areAsFound() && (forbidden || !goesOn())) {
+                break;
+            }
+            before.insert(before.end(), folders.begin(), folders.end());
+        }
+        for (const Folder& old : before) {
+            if (!isWatched(old.watch)) {
+                (void)inotify_rm_watch(inotify, old.watch);
+            }
+        }
+    }
+
+    /// The folders as they are now, from the top.
+    void find() {
+        folders.clear();
         forbidden = false;
         for (std::size_t slash = 0; slash != std::string::npos; slash = path.find('/', slash + 1)) {
             const std::size_t end = path.find('/', slash + 1);
@@ -111,14 +132,10 @@ struct PathWatch::Impl {
                           slash == 0 ? "/" : path.substr(0, slash),
                           path.substr(slash + 1, end - slash - 1),
                           end == std::string::npos};
-            // Before it is watched: what is mounted in between is then seen to differ.
             struct stat status {};
             if (stat(folder.path.c_str(), &status) == 0) {
                 folder.device = status.st_dev;
                 folder.inode = status.st_ino;
-            }
-            folder.watch = inotify_add_watch(inotify, folder.path.c_str(), ALL);
-            if (folder.watch >= 0) {
                 folders.push_back(std::move(folder));
             } else if (errno == ENOENT || errno == ENOTDIR) {
                 break;
@@ -126,26 +143,41 @@ struct PathWatch::Impl {
                 forbidden = true;  // what is in it need not be
             }
         }
-        for (std::size_t left = folders.size(); left > 1; --left) {
-            Folder& folder = folders[folders.size() - left];
-            // Another number is that of another folder, come meanwhile; the news of it is on its way.
-            folder.watch =
-                inotify_add_watch(inotify, folder.path.c_str(), left == 2 ? GOINGS : MOVES);
+    }
+
+    /// Only the last two for what happens to the names in them.
+    void watchFound() {
+        for (Folder& folder : folders) {
+            folder.watch = inotify_add_watch(inotify, folder.path.c_str(), MOVES);
+            forbidden |= folder.watch < 0 && errno != ENOENT && errno != ENOTDIR;
         }
-        for (const Folder& old : before) {
-            if (!isWatched(old.watch)) {
-                (void)inotify_rm_watch(inotify, old.watch);
-            }
+        folders.erase(std::remove_if(folders.begin(), folders.end(),
+                                     [](const Folder& folder) { return folder.watch < 0; }),
+                      folders.end());
+        for (std::size_t left = std::min<std::size_t>(folders.size(), 2); left > 0; --left) {
+            Folder& folder = folders[folders.size() - left];
+            folder.watch =
+                inotify_add_watch(inotify, folder.path.c_str(), left == 2 ? GOINGS : ALL);
         }
     }
 
-    /// Whether the folders are still those that are watched, whatever was mounted meanwhile.
-    bool isArmed() const {
-        return !forbidden && std::all_of(folders.begin(), folders.end(), [](const Folder& folder) {
+    /// Whether the folders are still those that were found, whatever was mounted or moved since.
+    bool areAsFound() const {
+        return std::all_of(folders.begin(), folders.end(), [](const Folder& folder) {
             struct stat status {};
             return stat(folder.path.c_str(), &status) == 0 && status.st_dev == folder.device &&
                    status.st_ino == folder.inode;
         });
+    }
+
+    /// Whether there is a folder below the last by now.
+    bool goesOn() const {
+        if (folders.empty() || folders.back().holdsPath) {
+            return false;
+        }
+        struct stat status {};
+        const std::string next = folders.back().path + "/" + folders.back().name;
+        return stat(next.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
     }
 
     bool isWatched(int number) const {
@@ -187,7 +219,7 @@ struct PathWatch::Impl {
     /// Something was mounted or unmounted somewhere.
     static gboolean mountsChanged(int, GIOCondition, void* self) {
         auto& watch = *static_cast<Impl*>(self);
-        if (!watch.isArmed()) {
+        if (watch.forbidden || !watch.areAsFound()) {
             watch.attempts = 0;
             watch.armAndTell();
         }

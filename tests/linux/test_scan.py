@@ -1,8 +1,10 @@
 """The content scan: which device is reported as one with a single media file, which is not, and what
 hostile and dying devices can do to it."""
 
+import contextlib
 import json
 import os
+import pathlib
 import shutil
 import socket
 import tempfile
@@ -59,8 +61,14 @@ def stubborn(probe, tmp_path):
 
 
 def threads(probe):
-    """How many threads it has."""
-    return len(os.listdir(f"/proc/{probe.process.pid}/task"))
+    """How many threads of its own it has; those of libraries have names."""
+    tasks = pathlib.Path(f"/proc/{probe.process.pid}/task")
+    own = (tasks / str(probe.process.pid) / "comm").read_text()
+    count = 0
+    for task in tasks.iterdir():
+        with contextlib.suppress(OSError):  # it has ended
+            count += (task / "comm").read_text() == own
+    return count
 
 
 def nothing_found(probe, *folders):

@@ -54,7 +54,8 @@ SessionBus::SessionBus() : address_(address()) {
             retry();
         });
     }
-    retry();
+    // Nobody has a question for the viewer yet, and the daemon's clients wait for its name on the other bus.
+    waiting_ = g_timeout_add(FIRST_WAIT_MILLISECONDS, waited, this);
 }
 
 SessionBus::~SessionBus() {

@@ -14,11 +14,17 @@ source "$root/tools/on_demand.sh"
 
 "$root/tools/setup.sh"
 # Whom the daemon is measured beside, and what makes disks for them; nobody else needs these.
-need fdisk gir1.2-notify-0.7 gvfs-daemons udev udiskie udisks2
+need e2fsprogs fdisk gir1.2-notify-0.7 gvfs-daemons mount polkitd udev udiskie udisks2
 "$root/tools/build.sh" bench
 rm -rf "${image:?}"
 DESTDIR=$image meson install -C "$root/build/bench" --quiet >/dev/null
 mkdir -p "$image/var/lib/portmeld/db/portmeld" "$image/run/portmeld/memory"
 cd "$root"
-PYTHONDONTWRITEBYTECODE=1 exec "$python" "$root/bench/bench.py" \
-  --build "$root/build/bench" --image "$image" "$@"
+# Loop devices and udev's daemon are root's.
+status=0
+"${as_root[@]}" env PYTHONDONTWRITEBYTECODE=1 "$python" "$root/bench/bench.py" \
+  --build "$root/build/bench" --image "$image" "$@" || status=$?
+if ((${#as_root[@]})); then
+  "${as_root[@]}" chown -R "$(id -u):$(id -g)" "$root/build/bench" "$image"
+fi
+exit "$status"

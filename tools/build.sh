@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Configures and builds the variants of the project below build/: release (what people run and most
-# tests use), sanitize (address and undefined-behaviour sanitizers), coverage, and fuzz (clang's fuzzer
-# with both sanitizers; only its programs and what they need). Says nothing more than a headline when
-# all goes well. Warnings are errors in each of them.
+# tests use), sanitize (address and undefined-behaviour sanitizers), coverage, fuzz (clang's fuzzer with
+# both sanitizers; only its programs and what they need), machine and bench. Says nothing more than a
+# headline when all goes well. Warnings are errors in each of them.
 set -euo pipefail
 # shellcheck source=tools/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 # Variants put a relative folder in front of the daemon's absolute paths, so that each process finds
 # them below the folder that it works in. "machine" is what `./dev run --machine` runs from anywhere, and
-# "bench" the same with what it is measured against.
+# "bench" the same with what it is measured against, by the compiler options of the package.
 common_options=(-Dwerror=true -Dpath_prefix=./root)
 
 # Sets options to how a variant is configured, and targets to what is built of it: nothing for all.
@@ -27,7 +27,7 @@ options_of() {
       targets=(fuzz-harnesses)
       ;;
     machine) options=(-Dbuildtype=release -Ddevelopment=false) ;;
-    bench) options=(-Dbuildtype=release -Ddevelopment=false -Dbench=true) ;;
+    bench) options=(-Dbuildtype=plain -Ddevelopment=false -Dbench=true) ;;
     *) die 2 "build: unknown variant '$1'; there are release, sanitize, coverage, fuzz, machine and bench" ;;
   esac
   options=("${common_options[@]}" "${options[@]}")
@@ -61,6 +61,13 @@ build() {
       # Meson looks for it only when it chooses the compiler itself.
       CXX="ccache clang++"
     fi
+  fi
+  if [[ $variant == bench ]]; then
+    # Those of debian/rules: what is measured is what people install.
+    local name
+    for name in CFLAGS CXXFLAGS CPPFLAGS LDFLAGS; do
+      local -x "$name=$(cd "$root" && DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --get "$name")"
+    done
   fi
   folder=$root/build/$variant
   stamp=$folder/dev-options

@@ -25,6 +25,20 @@ def _version(*command):
     return (done.stdout.strip().splitlines() or ["unknown"])[0]
 
 
+BUSY = 0.5  # of a core, for each of them
+
+
+def business(description):
+    """A warning when the machine had other work when the measures began, else ""."""
+    load = float(description["load when it began"])
+    if load <= BUSY * int(description["cores"]):
+        return ""
+    return (
+        f"the machine was busy when this began (load {load:.2f}): other work lengthens both sides, so that"
+        " ratios of times come nearer to 1 than they are; counts stay good"
+    )
+
+
 def describe():
     """The description, {what: words}."""
     kilobytes = _first("/proc/meminfo", r"^MemTotal: +(\d+) kB")

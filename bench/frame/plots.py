@@ -113,8 +113,10 @@ def growth(figure):
 
 
 def write(figures, folder):
-    """Writes all plots into a folder; returns their file names."""
+    """Writes all plots into a folder, without those of an earlier run; returns their file names."""
     folder.mkdir(parents=True, exist_ok=True)
+    for old in folder.glob("*.svg"):
+        old.unlink()
     names = []
     if any(each.goal and each.verdict != "FAILED" for each in figures):
         (folder / "goals.svg").write_text(goals(figures))

@@ -37,8 +37,8 @@ def floor(bench):
 def start(bench):
     """A stopwatch of our own, since an interpreter's share would hide the ratio."""
     stopwatch = [bench.program("bench/programs/name-stopwatch"), NAME]
-    with bench.bus() as address:
-        environment = bench.environment(address)
+    with bench.bus() as address, bench.bus() as session:
+        environment = bench.environment(address, DBUS_SESSION_BUS_ADDRESS=session)
 
         def milliseconds(command):
             return int(bench.run([*stopwatch, *command], environment)) / 1e6
@@ -112,10 +112,11 @@ def idle(bench):
         folder = ends.enter_context(bench.folder())
         listener = ends.enter_context(watchdog(folder))
         buses = [ends.enter_context(bench.bus()) for _ in range(2)]  # both own the same name
-        environment = bench.environment(buses[0], NOTIFY_SOCKET=str(folder / "notify"))
+        session = {"DBUS_SESSION_BUS_ADDRESS": ends.enter_context(bench.bus())}
+        environment = bench.environment(buses[0], NOTIFY_SOCKET=str(folder / "notify"), **session)
         ours = ends.enter_context(contextlib.closing(Running(daemon(bench), environment)))
         peer = ends.enter_context(
-            contextlib.closing(Running(floor(bench), bench.environment(buses[1])))
+            contextlib.closing(Running(floor(bench), bench.environment(buses[1], **session)))
         )
         time.sleep(SETTLED)
         feeds(listener)
@@ -150,4 +151,6 @@ def idle(bench):
             name,
             exactly(MINUTE / FEED),
             f"of all threads; {fed} feeds of the watchdog arrived in that minute",
+            # As many for other reasons would be no better.
+            failure="" if fed == MINUTE // FEED else f"{fed} feeds of the watchdog arrived",
         )

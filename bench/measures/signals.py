@@ -57,5 +57,6 @@ def removal(bench):
         _counted.one_signal(bench, "shared", length),
         "one GDBus signal",
         ratio_at_most(1.1),
-        "the whole event, its JSON text included; the floor's signals share their values too (callgrind)",
+        "the whole event, its JSON text included, for one connection with as many client ids; the floor's"
+        " signals share their values too (callgrind)",
     )

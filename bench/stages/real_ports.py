@@ -6,7 +6,6 @@ import contextlib
 import json
 import os
 import pathlib
-import shutil
 import signal
 import subprocess
 import time
@@ -16,6 +15,7 @@ from frame.surroundings import COMMAND_LIMIT
 
 HERE = pathlib.Path(__file__).resolve().parent
 POLKIT = "org.freedesktop.PolicyKit1"
+POLKITD = "/usr/lib/polkit-1/polkitd"
 UDISKS = "/usr/libexec/udisks2/udisksd"
 GVFS_MONITOR = "/usr/libexec/gvfs-udisks2-volume-monitor"
 # Loop devices have no parent that udev would take for a device; what is laid over sysfs is to be believed.
@@ -64,7 +64,7 @@ def real_ports(bench, buses):
     """The machine. `buses` are the variables with the addresses of its buses."""
     bench.need("unshare", "nsenter", "losetup", "sfdisk", "mkfs.ext4")
     if os.geteuid() != 0:
-        raise CannotRun("loop devices and udev's daemon need root; run ./dev bench as root")
+        raise CannotRun("loop devices and udev's daemon are root's, and the benchmark does not run as root")
     stage = ["/usr/bin/python3", str(HERE / "real_ports_process.py")]
     process = subprocess.Popen(
         ["unshare", "-m", "-n", "--propagation", "private", *stage],
@@ -86,15 +86,12 @@ def real_ports(bench, buses):
 
 @contextlib.contextmanager
 def udisks(bench, ports, buses):
-    """UDisks2 on the machine, allowed everything by a stand-in for polkit."""
-    if not pathlib.Path(UDISKS).is_file():
-        raise CannotRun("udisks2 is not installed")
-    polkit = ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "polkitd"]
-    with bench.running(polkit, bench.environment(None, **buses)):
+    """UDisks2 on the machine, with polkit, which allows root everything."""
+    for program in (UDISKS, POLKITD):
+        if not pathlib.Path(program).is_file():
+            raise CannotRun(f"{program} is not installed")
+    with bench.running([POLKITD, "--no-debug"], bench.environment(None, **buses)):
         wait_for_name(bench, buses, POLKIT)
-        place = ["--dest", POLKIT, "--object-path", "/org/freedesktop/PolicyKit1/Authority"]
-        allow = ["--method", "org.freedesktop.DBus.Mock.AllowUnknown", "true"]
-        bench.run(["gdbus", "call", "--system", *place, *allow], bench.environment(None, **buses))
         with ports.run([UDISKS, "--no-debug"]):
             wait_for_name(bench, buses, "org.freedesktop.UDisks2")
             yield
@@ -104,11 +101,6 @@ def wait_for_name(bench, buses, name, bus="system", limit=30):
     """Waits until somebody owns a name on a bus."""
     command = ["gdbus", "wait", f"--{bus}", f"--timeout={limit}", name]
     bench.run(command, bench.environment(None, **buses))
-
-
-def installed(*candidates):
-    """The first of these programs that is installed, or None."""
-    return next((found for found in map(shutil.which, candidates) if found), None)
 
 
 def settle(seconds=0.3):

@@ -9,6 +9,7 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 <busconfig>
   <listen>{address}</listen>
   <policy context="default">
+    <allow user="*"/>
     <allow send_destination="*"/>
     <allow receive_sender="*"/>
     <{own} own="*"/>
@@ -21,10 +22,12 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 
 
 class PrivateBus:
-    """Allows everything to everybody, but no name when `names` is false. Started at once."""
+    """Allows everything to everybody, but no name when `names` is false. Started at once. Its complaints go
+    where one's own go, or to `errors`."""
 
-    def __init__(self, folder, names=True):
+    def __init__(self, folder, names=True, errors=None):
         folder.mkdir()
+        self._errors = errors
         self.address = f"unix:path={folder}/socket"
         self._configuration = folder / "bus.conf"
         self._configuration.write_text(
@@ -37,6 +40,7 @@ class PrivateBus:
         self._process = subprocess.Popen(
             ["dbus-daemon", "--nofork", "--print-address", f"--config-file={self._configuration}"],
             stdout=subprocess.PIPE,
+            stderr=self._errors,
             text=True,
         )
         assert self._process.stdout.readline(), "dbus-daemon did not start"

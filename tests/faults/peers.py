@@ -9,9 +9,9 @@ import child
 from application_helpers import Peer
 from journal_helpers import Journal
 from programs import Logind
-from road import LAUNCHED, PLUGGED
+from road import LAUNCHED, PLUGGED, PRESSED
 from udevd import Udevd
-from world import PLAYER
+from world import CLIENT, PLAYER
 
 SERVER = "org.freedesktop.Notifications"
 KILLED, STOPPED, RESTARTED = FAULTS = ("killed", "stopped", "restarted")
@@ -197,6 +197,13 @@ class SessionBus(Failing):
         if self.step == LAUNCHED:
             self.world.start_manager(answers=False)
 
+    def fail(self, how):
+        # The news of the button is in its hands then.
+        if self.step == PRESSED:
+            self.world.session.halt()
+            self.world.press(passes=False)
+        super().fail(how)
+
     def kill(self):
         self.world.session.kill()
         self.world.end("screen")
@@ -261,11 +268,22 @@ class JournalSocket(Failing):
 
     def kill(self):
         self.world.journal.close()
+        # At each step there is something to say.
+        self.world.client.call("GetDeviceCount", CLIENT, -1)
 
     def stop(self):
         self.world.journal.close()
         self.world.journal = Journal(self.world.folder, reading=False)
         self.stopped = True
+
+    def restart(self):
+        """Nobody finds its socket missing: the service manager holds it."""
+        before = self.world.journal
+        folder = self.world.folder / "next"
+        folder.mkdir()
+        self.world.journal = Journal(folder)
+        self.world.journal.folder.joinpath("socket").rename(before.folder / "socket")
+        before.close()
 
     def recover(self):
         if self.stopped:

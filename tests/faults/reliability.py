@@ -2,7 +2,8 @@
 
 Usage: reliability.py BUILD-FOLDER DOCUMENT
 Writes the table into the document as the tests have last seen it in that build, and tells whether that is news.
-Fails when one of them has failed, or never ran.
+Fails, and writes nothing, when one of them has failed, or never ran, or when the daemon was away for longer than
+it may be.
 """
 
 import json
@@ -14,6 +15,9 @@ BEGIN = "<!-- made by tests/faults/reliability.py from here -->"
 END = "<!-- to here -->"
 HOWS = ("killed", "stopped", "restarted")
 NOT_RUN = "–"
+
+# In seconds, from the end of the daemon to the moment in which it is ready again.
+LONGEST_ABSENCE = 1.0
 
 
 def cell(lost, late, said):
@@ -79,6 +83,10 @@ def main(build, file):
     missing = [key for key in order if key not in cells]
     if missing:
         print(f"not run, or failed: {missing}")
+        return 1
+    if not back or max(back) > LONGEST_ABSENCE:
+        longest = f"for {max(back):.3f} s" if back else "never"
+        print(f"the daemon was away {longest}; it has to end, and to be back within {LONGEST_ABSENCE} s")
         return 1
     document = pathlib.Path(file)
     made = table({key: cells[key] for key in order})

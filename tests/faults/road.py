@@ -46,11 +46,11 @@ class Road:
         self._lost = lost
         self._hears = hears
         self._first = first
-        self._popup = None
 
     def go(self):
         """From the plug to the removal."""
         world = self._world
+        world.popup = None
         self._at(BEFORE)
         world.plug()
         self._at(PLUGGED)
@@ -86,7 +86,7 @@ class Road:
 
     def _take_question(self, good, button):
         if good not in self._lost:
-            self._popup = self._world.screen.take(is_question(button))
+            self._world.popup = self._world.screen.take(is_question(button))
             self._world.seen.append(good)
 
     def _order_screen(self, *words):
@@ -98,8 +98,7 @@ class Road:
         if not self._first:
             self._at(PRESSED)
         before = len(self._world.lines())
-        if self._popup is not None:
-            self._order_screen("press", self._popup["id"], self._popup["actions"][0])
+        self._world.press()
         if self._hears and self._world.journal is None:
             self._world.wait_for_line("clicked first button.", before)
         if self._first:

@@ -53,6 +53,7 @@ class World:
         self.peers = {}  # what was started beside, by name
         self.ill = set()  # the names of those that cannot be spoken to
         self.seen = []  # what has come of plugs
+        self.popup = None  # the last question that the viewer has seen and not answered
         self._clients = []
         self._surroundings = surroundings
         self._env = env or {}
@@ -154,6 +155,13 @@ class World:
         if "udisks" in self.peers and not self.peers["udisks"].hangs:
             self.peers["udisks"].take()
         return self.stick.mount(self.mounts)
+
+    def press(self, passes=True):
+        """The viewer presses the first button of the question, if he sees one. The news of it does not pass
+        a bus that hangs."""
+        if self.popup is not None and "screen" not in self.ill:
+            self.screen.order("press", self.popup["id"], self.popup["actions"][0], passes)
+        self.popup = None
 
     def take_launch(self):
         """The player is asked to show the photo: as a program that runs already, or as one to be started."""

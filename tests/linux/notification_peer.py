@@ -161,9 +161,9 @@ class Server:
         """Can something else from now on."""
         self.options["capabilities"] = capabilities
 
-    def press(self, number, key):
-        """Says that a button was pressed."""
-        self.emit(NAME, "ActionInvoked", GLib.Variant("(us)", (number, key)))
+    def press(self, number, key, passes=True):
+        """Says that a button was pressed, also to a bus that hangs if the news need not pass it."""
+        self.emit(NAME, "ActionInvoked", GLib.Variant("(us)", (number, key)), passes)
 
     def close(self, number, reason):
         """Says that a pop-up went."""
@@ -180,10 +180,13 @@ class Server:
             GLib.Variant("(sa{sv}as)", (NAME, changed, invalidated)),
         )
 
-    def emit(self, interface, name, arguments):
-        """Emits a signal; it has passed the bus at the return."""
+    def emit(self, interface, name, arguments, passes=True):
+        """Emits a signal; it has passed the bus at the return, or waits in its socket."""
         self.connection.emit_signal(None, PATH, interface, name, arguments)
-        self.pass_bus()
+        if passes:
+            self.pass_bus()
+        else:
+            self.connection.flush_sync(None)
 
     def pass_bus(self):
         """Waits until what was sent before has passed the bus."""

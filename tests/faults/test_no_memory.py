@@ -1,4 +1,5 @@
-"""No memory for a JSON text: GLib ends the process and says so, and the service manager starts it again."""
+"""No memory to make or to read a JSON text: the daemon ends, says so if there is memory for the words, and the
+service manager starts it again."""
 
 import signal
 
@@ -8,12 +9,15 @@ from programs import built
 from road import Road, is_question
 from stick import NAME
 
-FAILED = "failed to allocate"
+# Who asks for a piece of memory in vain ends the process: GLib, by a trap, or by an abort when it is the stock
+# of small pieces that it deals out itself; or the C++ library.
+GLIB = ((signal.SIGTRAP, signal.SIGABRT), "failed to allocate")
+CXX = ((signal.SIGABRT,), "std::bad_alloc")
 
 
 @pytest.fixture
 def scarce(tmp_path):
-    """A file: while it is there, memory is not."""
+    """A file: while it is there, memory is not; no_memory.cpp says what is in it."""
     return tmp_path / "scarce"
 
 
@@ -23,6 +27,13 @@ def world(start_world, scarce):
     return start_world(
         preload=[built("faults", "libno-memory.so")], env={"PORTMELD_TEST_NO_MEMORY": str(scarce)}
     )
+
+
+def begin(scarce, words):
+    """Memory is scarce from now on."""
+    prepared = scarce.with_name("prepared")
+    prepared.write_text(words)
+    prepared.rename(scarce)
 
 
 def plug(world):
@@ -52,18 +63,40 @@ def an_application_is_launched(world, popup):
     world.screen.order("press", popup["id"], popup["actions"][0])
 
 
-@pytest.mark.parametrize(
-    "something",
-    [a_list_is_asked_for, the_stick_is_pulled, the_search_ends, an_application_is_launched],
-)
-def test_without_memory_for_a_text_the_daemon_ends_says_so_and_is_back(world, scarce, something):
+EVERYTHING = [a_list_is_asked_for, the_stick_is_pulled, the_search_ends, an_application_is_launched]
+
+# Each text is made; that of a search is also read. Not every text has so many pieces that it has a twentieth.
+WITH_WORDS = [
+    *[(something, "build 1", GLIB) for something in EVERYTHING],
+    *[(something, "print 1", GLIB) for something in EVERYTHING],
+    *[(something, "copy 1", CXX) for something in EVERYTHING],
+    (a_list_is_asked_for, "build 20", GLIB),
+    (a_list_is_asked_for, "print 20", GLIB),
+    (the_search_ends, "parse 1", GLIB),
+    (the_search_ends, "parse 20", GLIB),
+    (the_search_ends, "read 1", CXX),
+    (the_search_ends, "read 20", CXX),
+]
+
+# GLib's words need memory themselves, those of the C++ library do not.
+WITHOUT_WORDS = [
+    (a_list_is_asked_for, "build 1"),
+    (a_list_is_asked_for, "print 1"),
+    (the_stick_is_pulled, "build 1"),
+    (the_search_ends, "parse 1"),
+    (an_application_is_launched, "print 1"),
+]
+
+
+def last_words(world, scarce, words, something):
+    """Something happens while memory is scarce, and the daemon ends: returns by which signal, and what it has
+    printed. It is back, and the next plug is as ever."""
     point, popup = plug(world)
-    scarce.touch()
+    begin(scarce, words)
     something(world, popup)
     world.service.wait_for("ended", 1)
     scarce.unlink()
-    assert world.service.ends() == [-signal.SIGTRAP]
-    assert any(FAILED in line for line in world.service.lives[0].error_lines())
+    (status,) = world.service.ends()
     world.service.wait_for("ready", 2)
     world.listen()
     world.machine.unplug(NAME)
@@ -73,10 +106,30 @@ def test_without_memory_for_a_text_the_daemon_ends_says_so_and_is_back(world, sc
     world.client.round_trip()
     world.client.news()
     Road(world).go()
+    return -status, "\n".join(world.service.lives[0].error_lines())
+
+
+@pytest.mark.parametrize(("something", "words", "end"), WITH_WORDS)
+def test_without_memory_for_a_text_the_daemon_ends_says_so_and_is_back(
+    world, scarce, something, words, end
+):
+    signals, complaint = end
+    number, text = last_words(world, scarce, f"{words} once", something)
+    assert number in signals
+    assert complaint in text
+
+
+@pytest.mark.parametrize(("something", "words"), WITHOUT_WORDS)
+def test_without_memory_for_the_complaint_either_the_daemon_ends_without_a_word_and_is_back(
+    world, scarce, something, words
+):
+    number, text = last_words(world, scarce, f"{words} ever", something)
+    assert number == signal.SIGSEGV
+    assert "alloc" not in text
 
 
 def test_with_memory_again_nothing_has_happened(world, scarce):
-    scarce.touch()
+    begin(scarce, "print 1 ever")
     scarce.unlink()
     Road(world).go()
     assert world.service.ends() == []

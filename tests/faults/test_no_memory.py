@@ -7,7 +7,7 @@ import pytest
 from client import Refused
 from programs import built
 from road import Road, is_question
-from stick import NAME
+from stick import NAME, NODE
 
 # Who asks for a piece of memory in vain ends the process: GLib, by a trap, or by an abort when it is the stock
 # of small pieces that it deals out itself; or the C++ library.
@@ -126,6 +126,19 @@ def test_without_memory_for_the_complaint_either_the_daemon_ends_without_a_word_
     number, text = last_words(world, scarce, f"{words} ever", something)
     assert number == signal.SIGSEGV
     assert "alloc" not in text
+
+
+def test_a_piece_that_the_c_library_can_do_without_is_not_missed(world, scarce):
+    """The third one is what vasprintf(3) would move a number into, only to give the rest of a buffer back."""
+    plug(world)
+    world.client.call("RequesAll", 1)
+    whole = world.client.news()
+    begin(scarce, "print 3 once")
+    world.client.call("RequesAll", 1)
+    assert world.client.news() == whole
+    assert [device["DeviceName"] for _, device in whole] == [NODE]
+    assert world.service.ends() == []
+    scarce.unlink()
 
 
 def test_with_memory_again_nothing_has_happened(world, scarce):

@@ -18,7 +18,6 @@ SINGLE_MEDIA = 25
 PHOTO, VIDEO, MUSIC = 2, 3, 5
 
 LIMIT = 60  # seconds
-
 MOST_ENTRIES = 200_000
 MOST_FOLDERS = 64
 
@@ -62,12 +61,10 @@ def stubborn(probe, tmp_path):
 
 def threads(probe):
     """How many threads of its own it has; those of libraries have names."""
-    tasks = pathlib.Path(f"/proc/{probe.process.pid}/task")
-    own = (tasks / str(probe.process.pid) / "comm").read_text()
-    count = 0
-    for task in tasks.iterdir():
+    process, count = pathlib.Path(f"/proc/{probe.process.pid}"), 0
+    for name in process.glob("task/*/comm"):
         with contextlib.suppress(OSError):  # it has ended
-            count += (task / "comm").read_text() == own
+            count += name.read_text() == (process / "comm").read_text()
     return count
 
 

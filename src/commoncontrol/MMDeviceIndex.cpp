@@ -1,25 +1,42 @@
 // Keeping the two tables of MMDeviceIndex.h in step.
 #include "MMDeviceIndex.h"
 
-#include <algorithm>
+namespace {
+
+const std::string& ProductOf(CMMDeviceInfo* pRecord) {
+    std::string* pProduct = nullptr;
+    pRecord->GetProduct(&pProduct);
+    return *pProduct;
+}
+
+}  // namespace
 
 void CMMDeviceIndex::Add(CMMDeviceInfo* pRecord) {
-    m_byKey.emplace(pRecord->GetDeviceKey(), pRecord);
-    m_byProduct[pRecord->GetProduct()].push_back(pRecord);
+    SEntry& stEntry = m_byKey[pRecord->GetDeviceKey()];
+    stEntry.pRecord = pRecord;
+    m_JoinProduct(stEntry);
 }
 
 void CMMDeviceIndex::Remove(CMMDeviceInfo* pRecord) {
     const auto found = m_byKey.find(pRecord->GetDeviceKey());
-    if (found == m_byKey.end() || found->second != pRecord) {
+    if (found == m_byKey.end() || found->second.pRecord != pRecord) {
         return;
     }
+    m_LeaveProduct(found->second);
     m_byKey.erase(found);
-    m_LeaveProduct(pRecord, pRecord->GetProduct());
 }
 
-void CMMDeviceIndex::ProductChanged(CMMDeviceInfo* pRecord, const std::string& strFormer) {
-    m_LeaveProduct(pRecord, strFormer);
-    m_byProduct[pRecord->GetProduct()].push_back(pRecord);
+void CMMDeviceIndex::Changed(const std::string& strKey) {
+    const auto found = m_byKey.find(strKey);
+    if (found == m_byKey.end()) {
+        return;
+    }
+    SEntry& stEntry = found->second;
+    if (stEntry.nIndex != stEntry.pRecord->GetIndex() ||
+        stEntry.pProduct->first != ProductOf(stEntry.pRecord)) {
+        m_LeaveProduct(stEntry);
+        m_JoinProduct(stEntry);
+    }
 }
 
 void CMMDeviceIndex::Clear() {
@@ -29,20 +46,30 @@ void CMMDeviceIndex::Clear() {
 
 CMMDeviceInfo* CMMDeviceIndex::Find(const std::string& strKey) const {
     const auto found = m_byKey.find(strKey);
-    return found != m_byKey.end() ? found->second : nullptr;
+    return found != m_byKey.end() ? found->second.pRecord : nullptr;
 }
 
-const CMMDeviceIndex::Records& CMMDeviceIndex::OfProduct(const std::string& strProduct) const {
-    static const Records none;
-    const auto found = m_byProduct.find(strProduct);
-    return found != m_byProduct.end() ? found->second : none;
-}
-
-void CMMDeviceIndex::m_LeaveProduct(CMMDeviceInfo* pRecord, const std::string& strProduct) {
+_stUsedIndexes CMMDeviceIndex::UsedIndexes(const std::string& strProduct,
+                                           const std::string& strKey) const {
     const auto product = m_byProduct.find(strProduct);
-    Records& records = product->second;
-    records.erase(std::find(records.begin(), records.end(), pRecord));
-    if (records.empty()) {
-        m_byProduct.erase(product);
+    if (product == m_byProduct.end()) {
+        return {};
+    }
+    const auto own = m_byKey.find(strKey);
+    const bool bCounted = own != m_byKey.end() && own->second.pProduct == &*product;
+    return bCounted ? product->second.Without(own->second.nIndex) : product->second.All();
+}
+
+void CMMDeviceIndex::m_JoinProduct(SEntry& stEntry) {
+    stEntry.pProduct = &*m_byProduct.try_emplace(ProductOf(stEntry.pRecord)).first;
+    stEntry.nIndex = stEntry.pRecord->GetIndex();
+    stEntry.pProduct->second.Add(stEntry.nIndex);
+}
+
+void CMMDeviceIndex::m_LeaveProduct(const SEntry& stEntry) {
+    CMMIndexCounts& counts = stEntry.pProduct->second;
+    counts.Remove(stEntry.nIndex);
+    if (counts.IsEmpty()) {
+        m_byProduct.erase(m_byProduct.find(stEntry.pProduct->first));
     }
 }

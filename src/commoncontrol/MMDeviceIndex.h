@@ -4,24 +4,22 @@
 
 #include <string>
 #include <unordered_map>
-#include <vector>
 
 #include "MMDeviceInfo.h"
+#include "MMIndexCounts.h"
 
-/// Borrows the records that are listed. Whoever lists one adds it, and removes it when it goes; the key of
-/// a listed record does not change.
+/// Borrows the records that are listed. Whoever lists one adds it, tells when its product or its number
+/// changes, and removes it when it goes; the key of a listed record does not change.
 class CMMDeviceIndex {
 public:
-    using Records = std::vector<CMMDeviceInfo*>;
-
     /// Take in a record whose key no other has.
     void Add(CMMDeviceInfo* pRecord);
 
     /// Leave a record out; nothing when it is not in.
     void Remove(CMMDeviceInfo* pRecord);
 
-    /// A record that is in may have another product now.
-    void ProductChanged(CMMDeviceInfo* pRecord, const std::string& strFormer);
+    /// The record with this key may have another product or number now; nothing when there is none.
+    void Changed(const std::string& strKey);
 
     void Clear();
 
@@ -31,12 +29,23 @@ public:
     /// The record with this key; null when there is none.
     CMMDeviceInfo* Find(const std::string& strKey) const;
 
-    /// The records of a product, in no order. Valid until the next change.
-    const Records& OfProduct(const std::string& strProduct) const;
+    /// The numbers that the records of a product have, all but the one with this key: that one is about
+    /// to be numbered. As they were when last told of.
+    _stUsedIndexes UsedIndexes(const std::string& strProduct, const std::string& strKey) const;
 
 private:
-    void m_LeaveProduct(CMMDeviceInfo* pRecord, const std::string& strProduct);
+    using Products = std::unordered_map<std::string, CMMIndexCounts>;
 
-    std::unordered_map<std::string, CMMDeviceInfo*> m_byKey;
-    std::unordered_map<std::string, Records> m_byProduct;
+    /// A record, and under which product and number it is counted.
+    struct SEntry {
+        CMMDeviceInfo* pRecord;
+        Products::value_type* pProduct;
+        int nIndex;
+    };
+
+    void m_JoinProduct(SEntry& stEntry);
+    void m_LeaveProduct(const SEntry& stEntry);
+
+    std::unordered_map<std::string, SEntry> m_byKey;
+    Products m_byProduct;  // those of at least one record
 };

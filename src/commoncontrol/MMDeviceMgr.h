@@ -18,7 +18,6 @@
 #include <ctime>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <glib.h>
 
@@ -181,7 +180,7 @@ private:
     bool m_DeviceIsInList(const std::string& strKey);
     CMMDeviceInfo* m_SearchDevice(const std::string& strKey);
     void m_DeviceListClean(_MMDeviceListType_E eListType);
-    int m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMaxIndex);
+    int m_GetValidIndex(const _stUsedIndexes& stUsed, int nMaxIndex);
     void m_NotifyClient(CMMDeviceInfo* pDeviceInfo);
 
     // ---- notifications (MMDeviceMgrNotification.cpp)

@@ -2,7 +2,6 @@
 // storage facts - and the test that keeps the scan off a multi-partition disk.
 #include <sys/statfs.h>
 
-#include <algorithm>
 #include <cstdio>
 
 #include "MMDeviceMgr.h"
@@ -31,21 +30,6 @@ int StoredDiskType(int nDiskType) {
 /// 8 EiB wraps around instead of being undefined.
 long long Kilobytes(unsigned long long nBlockSize, unsigned long long nBlocks) {
     return static_cast<long long>(nBlockSize * nBlocks) / BYTES_PER_KB;
-}
-
-/// The numbers that records have, all but one of them. In a plain loop: a thousand sticks of one product
-/// are a thousand times this.
-std::vector<int> IndexesWithout(const CMMDeviceInfo* pOne,
-                                const CMMDeviceIndex::Records& vRecords) {
-    std::vector<int> vIndexes(vRecords.size());
-    std::size_t nIndexes = 0;
-    for (const CMMDeviceInfo* pRecord : vRecords) {
-        if (pRecord != pOne) {
-            vIndexes[nIndexes++] = pRecord->GetIndex();
-        }
-    }
-    vIndexes.resize(nIndexes);
-    return vIndexes;
 }
 
 /// Whether two records agree in a text, read through one of their pointer getters.
@@ -154,13 +138,8 @@ void CMMDeviceMgr::m_CheckDeviceProductName(CMMDeviceInfo* pDeviceInfo) {
     for (GList* pList = m_LoggedWalk(); pList != nullptr; pList = pList->next) {
         MM_INFO("pNode:%p", pList->data);
     }
-    const std::vector<int> vUsedIndexes =
-        IndexesWithout(m_index.Find(*pKey), m_index.OfProduct(*pProduct));
-    int nMaxIndex = 0;
-    for (const int nUsed : vUsedIndexes) {
-        nMaxIndex = std::max(nMaxIndex, nUsed);
-    }
-    const int nValidIndex = m_GetValidIndex(vUsedIndexes, nMaxIndex);
+    const _stUsedIndexes stUsed = m_index.UsedIndexes(*pProduct, *pKey);
+    const int nValidIndex = m_GetValidIndex(stUsed, stUsed.nMax);
     MM_INFO("Product:%s key=%s name=%s nValidIndex=%d", pProduct->c_str(), pKey->c_str(),
             pName->c_str(), nValidIndex);
 
@@ -174,6 +153,7 @@ void CMMDeviceMgr::m_CheckDeviceProductName(CMMDeviceInfo* pDeviceInfo) {
         pDeviceInfo->SetIndex(nValidIndex);
         pDeviceInfo->SetDisplayName(*pProduct + szNumber);
     }
+    m_index.Changed(*pKey);
 }
 
 bool CMMDeviceMgr::m_IsMultiHDD() {

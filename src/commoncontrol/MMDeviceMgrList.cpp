@@ -190,28 +190,14 @@ void CMMDeviceMgr::m_NotifyClient(CMMDeviceInfo* pDeviceInfo) {
     }
 }
 
-int CMMDeviceMgr::m_GetValidIndex(const std::vector<int>& vUsedIndexes, int nMaxIndex) {
-    MM_INFO("IndexVector size :%d, MaxIndex:%d", static_cast<int>(vUsedIndexes.size()), nMaxIndex);
-    if (vUsedIndexes.empty() || nMaxIndex < 0) {
+int CMMDeviceMgr::m_GetValidIndex(const _stUsedIndexes& stUsed, int nMaxIndex) {
+    MM_INFO("IndexVector size :%d, MaxIndex:%d", stUsed.nCount, nMaxIndex);
+    if (stUsed.nCount == 0 || nMaxIndex < 0) {
         return 0;
     }
-    // Used numbers marked once: the walk over the candidates stays linear. Of the first n + 1 candidates
-    // n used numbers leave one free, so higher numbers need no mark.
-    std::vector<char> vTaken(vUsedIndexes.size() + 2, 0);
-    for (const int nUsed : vUsedIndexes) {
-        if (static_cast<std::size_t>(nUsed) < vTaken.size()) {  // never true for a negative number
-            vTaken[static_cast<std::size_t>(nUsed)] = 1;
-        }
-    }
-    if (vTaken[0] == 0) {
-        return 0;
-    }
-    // 1 is never given: the first device of a product has no number, the second is its number 2.
-    constexpr int FIRST_GIVEN = 2;
-    const int nEnd =
-        std::max(FIRST_GIVEN, std::min(static_cast<int>(vTaken.size()) - 1, nMaxIndex) + 1);
-    const auto found = std::find(vTaken.begin() + FIRST_GIVEN, vTaken.begin() + nEnd, 0);
-    return static_cast<int>(found - vTaken.begin());
+    // The first candidate above the maximum is taken without a look at whether it is used.
+    return stUsed.nLowestFree <= nMaxIndex ? stUsed.nLowestFree
+                                           : std::max(CMMIndexCounts::FIRST_NUMBER, nMaxIndex + 1);
 }
 
 int CMMDeviceMgr::GetDeviceCount() {

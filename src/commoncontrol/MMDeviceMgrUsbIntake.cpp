@@ -167,9 +167,7 @@ CMMDeviceInfo* CMMDeviceMgr::m_AddDeviceNode(usb_device_s* pUsbDeviceHnd) {
     CMMDeviceInfo* pListed = m_SearchDevice(m_GetDeviceKey(pUsbDeviceHnd));
     if (pListed != nullptr) {
         MM_INFO("Update");
-        const std::string strFormerProduct = pListed->GetProduct();
         m_GetUsbStorageInfo(pUsbDeviceHnd, pListed);
-        m_index.ProductChanged(pListed, strFormerProduct);
         return pListed;
     }
     MM_INFO("New ");

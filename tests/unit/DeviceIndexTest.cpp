@@ -2,32 +2,24 @@
 // and nothing else.
 #include "MMDeviceIndex.h"
 
-#include <platform/log.h>
-
 #include "Observations.h"
+#include "SeenLines.h"
 #include "TvTest.h"
 
 namespace {
 
-/// What the platform answers to dlog_is_shown() in this program.
-bool infoIsShown = true;
-
-}  // namespace
-
-extern "C" int dlog_is_shown(int prio) {
-    return infoIsShown || prio > 4 ? 1 : 0;
-}
-
-namespace {
-
 struct Record : CMMDeviceInfo {
-    Record(const char* key, const char* product) {
+    Record(const char* key, const char* product, int number = 0) {
         SetDeviceKey(key);
         SetProduct(product);
+        SetIndex(number);
     }
 };
 
-using Records = CMMDeviceIndex::Records;
+/// How many records of a product have a number, the one with a key left out.
+int used(const CMMDeviceIndex& index, const char* product, const char* key = "nobody") {
+    return index.UsedIndexes(product, key).nCount;
+}
 
 TEST(DeviceIndexTest, FindsARecordByItsKeyUntilItIsRemoved) {
     Record one("one", "P");
@@ -41,19 +33,36 @@ TEST(DeviceIndexTest, FindsARecordByItsKeyUntilItIsRemoved) {
     EXPECT_EQ(index.Count(), 0);
 }
 
-TEST(DeviceIndexTest, TellsTheRecordsOfAProduct) {
-    Record one("one", "P");
-    Record two("two", "P");
-    Record three("three", "Q");
+TEST(DeviceIndexTest, TellsTheNumbersOfAProduct) {
+    Record one("one", "P", 0);
+    Record two("two", "P", 2);
+    Record three("three", "Q", 7);
     CMMDeviceIndex index;
     index.Add(&one);
     index.Add(&two);
     index.Add(&three);
-    EXPECT_EQ(index.OfProduct("P"), (Records{&one, &two}));
+    const _stUsedIndexes both = index.UsedIndexes("P", "nobody");
+    EXPECT_EQ(both.nCount, 2);
+    EXPECT_EQ(both.nMax, 2);
+    EXPECT_EQ(both.nLowestFree, 3);
     index.Remove(&one);
-    EXPECT_EQ(index.OfProduct("P"), Records{&two});
-    EXPECT_EQ(index.OfProduct("Q"), Records{&three});
-    EXPECT_EQ(index.OfProduct("none"), Records{});
+    EXPECT_EQ(index.UsedIndexes("P", "nobody").nLowestFree, 0);
+    EXPECT_EQ(used(index, "P"), 1);
+    EXPECT_EQ(index.UsedIndexes("Q", "nobody").nMax, 7);
+    EXPECT_EQ(used(index, "none"), 0);
+}
+
+TEST(DeviceIndexTest, LeavesOutTheNumberOfTheRecordThatIsAboutToBeNumbered) {
+    Record one("one", "P", 0);
+    Record two("two", "P", 2);
+    CMMDeviceIndex index;
+    index.Add(&one);
+    index.Add(&two);
+    const _stUsedIndexes others = index.UsedIndexes("P", "two");
+    EXPECT_EQ(others.nCount, 1);
+    EXPECT_EQ(others.nMax, 0);
+    EXPECT_EQ(others.nLowestFree, 2);
+    EXPECT_EQ(used(index, "Q", "two"), 0);
 }
 
 TEST(DeviceIndexTest, LeavesTheListedRecordInWhenAnotherOfTheSameKeyIsRemoved) {
@@ -63,19 +72,55 @@ TEST(DeviceIndexTest, LeavesTheListedRecordInWhenAnotherOfTheSameKeyIsRemoved) {
     index.Add(&listed);
     index.Remove(&stranger);
     EXPECT_EQ(index.Find("one"), &listed);
-    EXPECT_EQ(index.OfProduct("P"), Records{&listed});
+    EXPECT_EQ(used(index, "P"), 1);
 }
 
-TEST(DeviceIndexTest, FollowsARecordToItsNewProduct) {
-    Record one("one", "P");
+TEST(DeviceIndexTest, FollowsARecordToItsNewProductWithItsNumber) {
+    Record one("one", "P", 3);
     CMMDeviceIndex index;
     index.Add(&one);
     one.SetProduct("Q");
-    index.ProductChanged(&one, "P");
-    EXPECT_EQ(index.OfProduct("P"), Records{});
-    EXPECT_EQ(index.OfProduct("Q"), Records{&one});
+    index.Changed("one");
+    EXPECT_EQ(used(index, "P"), 0);
+    EXPECT_EQ(used(index, "Q"), 1);
+    EXPECT_EQ(index.UsedIndexes("Q", "nobody").nMax, 3);
     index.Remove(&one);
-    EXPECT_EQ(index.OfProduct("Q"), Records{});
+    EXPECT_EQ(used(index, "Q"), 0);
+}
+
+TEST(DeviceIndexTest, FollowsARecordToItsNewNumber) {
+    Record one("one", "P", 3);
+    CMMDeviceIndex index;
+    index.Add(&one);
+    one.SetIndex(5);
+    index.Changed("one");
+    EXPECT_EQ(index.UsedIndexes("P", "nobody").nMax, 5);
+    EXPECT_EQ(used(index, "P"), 1);
+    index.Remove(&one);
+    EXPECT_EQ(used(index, "P"), 0);
+}
+
+TEST(DeviceIndexTest, TakesOutARecordUnderWhatItWasCountedAs) {
+    Record one("one", "P", 3);
+    Record two("two", "P", 4);
+    CMMDeviceIndex index;
+    index.Add(&one);
+    index.Add(&two);
+    one.SetProduct("Q");
+    one.SetIndex(9);
+    index.Remove(&one);
+    EXPECT_EQ(used(index, "P"), 1);
+    EXPECT_EQ(index.UsedIndexes("P", "nobody").nMax, 4);
+    EXPECT_EQ(used(index, "Q"), 0);
+}
+
+TEST(DeviceIndexTest, PassesOverAChangeOfARecordThatIsNotIn) {
+    Record one("one", "P");
+    CMMDeviceIndex index;
+    index.Add(&one);
+    index.Changed("two");
+    EXPECT_EQ(used(index, "P"), 1);
+    EXPECT_EQ(index.Count(), 1);
 }
 
 TEST(DeviceIndexTest, IsEmptyOnceCleared) {
@@ -84,22 +129,21 @@ TEST(DeviceIndexTest, IsEmptyOnceCleared) {
     index.Add(&one);
     index.Clear();
     EXPECT_EQ(index.Find("one"), nullptr);
-    EXPECT_EQ(index.OfProduct("P"), Records{});
+    EXPECT_EQ(used(index, "P"), 0);
     EXPECT_EQ(index.Count(), 0);
 }
 
 /// A manager whose platform says that it drops info lines; the simulated TV takes them all the same.
 class UnseenWalkTest : public ManagerTest {
 protected:
-    UnseenWalkTest() { infoIsShown = false; }
-    ~UnseenWalkTest() override { infoIsShown = true; }
-
     simulated::DeviceId plugProduct(const std::string& product) {
         simulated::UsbDevice stick;
         stick.product = product;
         return plug(stick);
     }
     std::string name(simulated::DeviceId device) { return record(device)->GetDisplayName(); }
+
+    InfoUnseen unseen;
 };
 
 TEST_F(UnseenWalkTest, IsNotMadeWhenADeviceIsLookedUp) {

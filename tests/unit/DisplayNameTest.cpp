@@ -97,6 +97,24 @@ TEST_F(DisplayNameTest, OfASecondStickRefreshedAloneLosesTheNumberWhileItsIndexS
     EXPECT_EQ(name(fourth), "P(3&#x202d;)");
 }
 
+TEST_F(DisplayNameTest, ANumberThatTwoSticksHaveStaysTakenWhenOneOfThemLeaves) {
+    const DeviceId firstP = plugProduct("P");
+    const DeviceId secondP = plugProduct("P");
+    const DeviceId firstQ = plugProduct("Q");
+    const DeviceId secondQ = plugProduct("Q");
+    pull(firstP);
+    pull(firstQ);
+    tv.ports().device(secondP).product = "Q";
+    tv.ports().announce(secondP, "added");
+    tv.settle();
+    EXPECT_EQ(name(secondP), "Q");
+    EXPECT_EQ(index(secondP), 2);
+    EXPECT_EQ(index(secondQ), 2);
+    pull(secondP);
+    EXPECT_EQ(name(plugProduct("Q")), "Q");
+    EXPECT_EQ(name(plugProduct("Q")), "Q(3&#x202d;)");
+}
+
 TEST_F(DisplayNameTest, OfARefreshedStickIsNotNumberedAgainstItself) {
     const DeviceId first = plugProduct("P");
     tv.ports().announce(first, "added");

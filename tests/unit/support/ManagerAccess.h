@@ -32,7 +32,11 @@ public:
     int remove(CMMDeviceInfo* record) { return mgr_.m_DevDeleteNode(record); }
     void clean(int type) { mgr_.m_DeviceListClean(static_cast<_MMDeviceListType_E>(type)); }
     int validIndex(const std::vector<int>& used, int max) {
-        return mgr_.m_GetValidIndex(used, max);
+        CMMIndexCounts counts;
+        for (const int number : used) {
+            counts.Add(number);
+        }
+        return mgr_.m_GetValidIndex(counts.All(), max);
     }
     void notifyClient(CMMDeviceInfo* record) { mgr_.m_NotifyClient(record); }
     bool isInList(const std::string& key) { return mgr_.m_DeviceIsInList(key); }

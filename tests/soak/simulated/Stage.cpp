@@ -132,7 +132,7 @@ int __wrap_statfs64(const char* path, void* out) {
         return -1;
     }
     struct statfs result = {};
-    result.f_bsize = folder->second.blockSize;
+    result.f_bsize = static_cast<decltype(result.f_bsize)>(folder->second.blockSize);
     result.f_blocks = static_cast<fsblkcnt_t>(folder->second.blocks);
     result.f_bfree = static_cast<fsblkcnt_t>(folder->second.freeBlocks);
     result.f_bavail = 0;

@@ -2,8 +2,9 @@
 """Endurance on the Linux machine: recorded devices come and go in random order, are mounted and offered, under
 the eyes of clients that come and go as well; after every step the daemon is compared with a reference.
 
-Usage: endure.py [--seed N] [--cycles N | --steps N] [--rest-every STEPS]; the environment names the build (PORTMELD_BUILD_DIR).
-Ends with one line of figures, or with the step at which something differed, and how to see it again.
+Usage: endure.py [--seed N] [--cycles N | --steps N] [--rest-every STEPS] [--step-file FILE]; the environment
+names the build (PORTMELD_BUILD_DIR). Ends with one line of figures, or with the step at which something
+differed. ./dev soak starts it, and says how to see that again.
 """
 
 import argparse
@@ -21,8 +22,8 @@ from surroundings import Surroundings  # noqa: E402 (the path comes first)
 from steps import Steps  # noqa: E402
 
 WARM_UP = 5  # rests after which memory must stay as it is
-# Bytes in use are exact; pages depend on where things come to lie, and tell of what malloc does not know.
-MOST_GROWTH = {"in use": 65536, "private and dirty": 16 * 65536}
+MOST_GROWTH = 65536  # bytes
+TOO_SHORT = 3  # exit status of a whole run in which memory was never judged
 HISTORY = 30
 
 
@@ -37,16 +38,21 @@ class Run:
         self.surroundings = surroundings
         self.seed = options.seed
         self.rest_every = options.rest_every
+        self.step_file = options.step_file
         self.steps = Steps(surroundings)
         self.number = 0
         self.rests = 0
         self.history = []
-        self.held = self.warm = self.now = None
+        self.held = None
+        # Bytes of each kind: most of the warm-up, most of all, at the last rest.
+        self.warm, self.most, self.now = {}, {}, {}
 
     def go(self, cycles, steps):
         """Steps until so many devices were pulled, or so many steps were made."""
         while (self.number < steps) if steps else (self.steps.cycles < cycles):
             self.number += 1
+            if self.step_file:
+                self.step_file.write_text(str(self.number))
             # Each step draws from a sequence of its own.
             self.do(self.steps.step, random.Random(f"{self.seed}/{self.number}"))
             if self.number % self.rest_every == 0:
@@ -69,24 +75,31 @@ class Run:
             raise Differs(f"descriptors and sources: {self.held} at first, {held} now")
         self.held = held
         self.rests += 1
+        self.judge_memory()
+
+    def judge_memory(self):
+        """The first rests are the warm-up: the most that there was then is what the others may have."""
         self.now = self.surroundings.memory()
-        if self.now is None:
-            return  # a sanitizer's to judge
-        if self.rests == WARM_UP:
-            self.warm = self.now
-        for what in self.now if self.warm else ():
-            if self.now[what] > self.warm[what] + MOST_GROWTH[what]:
-                raise Differs(f"memory {what}: {self.warm[what]} after the warm-up, {self.now[what]} now")
+        self.most = {what: max(value, self.most.get(what, 0)) for what, value in self.now.items()}
+        if self.rests <= WARM_UP:
+            self.warm = self.most
+        for what, value in self.now.items():
+            if value > self.warm[what] + MOST_GROWTH:
+                raise Differs(f"memory {what}: at most {self.warm[what]} in the warm-up, {value} now")
+
+    def is_too_short(self):
+        """Whether memory could have been judged and was not."""
+        return bool(self.now) and self.rests <= WARM_UP
 
     def figures(self, began):
         """The line at the end."""
-        memory = "too short for a judgement of memory"
-        if self.now is None:
+        memory = "most growth of bytes " + ", ".join(
+            f"{what} {self.most[what] - self.warm[what]} of {value}" for what, value in self.now.items()
+        )
+        if not self.now:
             memory = "memory is the sanitizer's to judge"
-        elif self.warm:
-            memory = "growth of bytes " + ", ".join(
-                f"{what} {self.now[what] - self.warm[what]} of {self.now[what]}" for what in self.now
-            )
+        elif self.is_too_short():
+            memory = "too short for a judgement of memory"
         seconds = int(time.monotonic() - began)
         return f"{self.steps.cycles} cycles in {self.number} steps, seed {self.seed}, {seconds} s: {memory}"
 
@@ -98,6 +111,7 @@ def main(arguments):
     parser.add_argument("--cycles", type=int, default=100)
     parser.add_argument("--steps", type=int, default=0)
     parser.add_argument("--rest-every", type=int, default=200)
+    parser.add_argument("--step-file", type=pathlib.Path, help="receives the number of the present step")
     options = parser.parse_args(arguments)
     began = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="portmeld-soak-") as folder:
@@ -110,14 +124,14 @@ def main(arguments):
             except Exception as failure:
                 print("the last steps:", *run.history, sep="\n  ")
                 print(f"FAILED at step {run.number} of seed {options.seed}: {failure}")
-                print(f"again: ./dev soak linux --seed {options.seed} --steps {run.number}")
                 for line in surroundings.daemon.error_lines()[-20:]:
                     print("  |", line)
                 return 1
         finally:
             surroundings.kill()
         print(run.figures(began))
-    return 0
+    # A part of a run, as a failure asks for it, may be.
+    return TOO_SHORT if run.is_too_short() and not options.steps else 0
 
 
 if __name__ == "__main__":

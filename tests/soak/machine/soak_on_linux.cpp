@@ -1,6 +1,6 @@
 // The daemon on the Linux machine, as people run it, that tells what it knows and holds: "state" on standard
-// input is answered with one JSON object, "memory" with the bytes that malloc has handed out. Before either
-// everything that is due is done. The end of standard input ends the main loop.
+// input is answered with one JSON object, "memory" with one of the bytes of each kind, which is empty where
+// they cannot be measured. Before either everything that is due is done. The end of standard input ends the main loop.
 #include <cstdio>
 #include <stdexcept>
 
@@ -78,16 +78,21 @@ std::string stateText() {
                      .done());
 }
 
+std::string memoryText() {
+    JsonMembers members;
+    if (soak::memoryCanBeMeasured()) {
+        const soak::Memory memory = soak::measureMemory();
+        members.with("in use", number(static_cast<std::int64_t>(memory.inUse)))
+            .with("in anonymous pages", number(static_cast<std::int64_t>(memory.anonymous)));
+    }
+    return print(members.done());
+}
+
 std::string answer(const std::string& line) {
     constexpr gboolean WAIT = TRUE;
     while (g_main_context_iteration(nullptr, !WAIT) != FALSE) {
     }
-    if (line != "memory") {
-        return stateText();
-    }
-    return print(soak::memoryCanBeMeasured()
-                     ? number(static_cast<std::int64_t>(soak::measureMemory().inUse))
-                     : nothing());
+    return line == "memory" ? memoryText() : stateText();
 }
 
 }  // namespace
@@ -98,5 +103,6 @@ void __wrap_g_main_loop_run(GMainLoop* loop) {
 }
 
 int main(int argc, char** argv) {
+    soak::steadyMemory();
     return portmeld_main(argc, argv);
 }

@@ -88,8 +88,8 @@ class Surroundings:
             "PORTMELD_TEST_PORTS_HASTE": HASTE,
             # The run ends pop-ups itself: how fast the machine is must not matter.
             "PORTMELD_TEST_POPUP_PATIENCE": "1000",
-            # With an arena for each thread memory would depend on the timing of threads.
-            "MALLOC_ARENA_MAX": "1",
+            # What each thread keeps of what it has freed counts as in use.
+            "GLIBC_TUNABLES": "glibc.malloc.tcache_count=0",
         }
 
     def _start_mounter(self):
@@ -108,14 +108,9 @@ class Surroundings:
         return self.daemon.take()
 
     def memory(self):
-        """Bytes that it holds; None when they cannot be measured."""
+        """Bytes that it holds, by kind; of no kind when they cannot be measured."""
         self.daemon.send("memory")
-        in_use = self.daemon.take()
-        if in_use is None:
-            return None
-        rollup = pathlib.Path(f"/proc/{self.daemon.process.pid}/smaps_rollup").read_text()
-        (dirty,) = [line.split()[1] for line in rollup.splitlines() if line.startswith("Private_Dirty:")]
-        return {"in use": in_use, "private and dirty": int(dirty) * 1024}
+        return self.daemon.take()
 
     def descriptors(self):
         """How many descriptors it has open."""

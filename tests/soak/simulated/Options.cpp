@@ -53,6 +53,8 @@ Options readOptions(int argc, char** argv) {
             options.only = numbers(value);
         } else if (name == "--rest-every") {
             options.restEvery = std::max<std::uint64_t>(number(value), 1);
+        } else if (name == "--step-file") {
+            options.stepFile = value;
         } else if (name == "--resources") {
             options.resources = value;
         } else {
@@ -62,7 +64,10 @@ Options readOptions(int argc, char** argv) {
     if (argc % 2 == 0 || options.resources.empty()) {
         throw std::invalid_argument(
             "usage: soak-simulated --resources FOLDER [--seed N] [--cycles N | --steps N] "
-            "[--only N,N-N,...] [--rest-every STEPS]");
+            "[--only N,N-N,...] [--rest-every STEPS] [--step-file FILE]");
+    }
+    if (!options.only.empty() && options.steps == 0) {
+        throw std::invalid_argument("--only takes --steps, as cycles may never come about");
     }
     return options;
 }

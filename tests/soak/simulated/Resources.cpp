@@ -3,6 +3,7 @@
 
 #include <dirent.h>
 #include <malloc.h>
+#include <sys/prctl.h>
 
 #include <fstream>
 #include <memory>
@@ -27,8 +28,9 @@ bool memoryCanBeMeasured() {
 #endif
 }
 
-void useOneArena() {
+void steadyMemory() {
     (void)mallopt(M_ARENA_MAX, 1);
+    (void)prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0);
 }
 
 Memory measureMemory() {
@@ -37,15 +39,19 @@ Memory measureMemory() {
     Memory memory;
     memory.inUse = heap.uordblks + heap.hblkhd;
     std::ifstream rollup("/proc/self/smaps_rollup");
+    int found = 0;
     for (std::string word; rollup >> word;) {
-        if (word == "Private_Dirty:") {
+        if (word == "Anonymous:" || word == "Swap:") {
             std::size_t kibibytes = 0;
             rollup >> kibibytes;
-            memory.privateDirty = kibibytes * 1024;
-            return memory;
+            memory.anonymous += kibibytes * 1024;
+            ++found;
         }
     }
-    throw std::runtime_error("smaps_rollup tells of no Private_Dirty");
+    if (found != 2) {
+        throw std::runtime_error("smaps_rollup tells not of both Anonymous and Swap");
+    }
+    return memory;
 }
 
 int openDescriptors() {

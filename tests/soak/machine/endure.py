@@ -43,7 +43,7 @@ class Run:
         self.number = 0
         self.rests = 0
         self.history = []
-        self.held = None
+        self.sources = None
         # Bytes of each kind: most of the warm-up, most of all, at the last rest.
         self.warm, self.most, self.now = {}, {}, {}
 
@@ -70,10 +70,10 @@ class Run:
         """Everything is taken away again; what is held then must be the same every time."""
         for step in self.steps.resting():
             self.do(step)
-        held = self.steps.holdings(self.held)
-        if self.held is not None and held != self.held:
-            raise Differs(f"descriptors and sources: {self.held} at first, {held} now")
-        self.held = held
+        sources = self.steps.sources(self.sources)
+        if self.sources is not None and sources != self.sources:
+            raise Differs(f"sources: {self.sources} at first, {sources} now")
+        self.sources = sources
         self.rests += 1
         self.judge_memory()
 

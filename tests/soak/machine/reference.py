@@ -7,6 +7,28 @@ import itertools
 STORAGE = 8
 CAMERA = 6
 UNCOUNTED = 99
+# Of each language that a run changes between: what is said of a device, and on the buttons.
+TEXTS = {
+    "en": {"connected": "New device connected: ", "browse": "Browse", "play": "Play", "cancel": "Cancel"},
+    "de_DE": {
+        "connected": "Neues Gerät angeschlossen: ",
+        "browse": "Durchsuchen",
+        "play": "Wiedergeben",
+        "cancel": "Abbrechen",
+    },
+    "fr": {
+        "connected": "Nouvel appareil connecté\u00a0: ",
+        "browse": "Parcourir",
+        "play": "Lire",
+        "cancel": "Annuler",
+    },
+    "ja": {
+        "connected": "新しいデバイスが接続されました：",
+        "browse": "参照",
+        "play": "再生",
+        "cancel": "キャンセル",
+    },
+}
 COUNTERS = {0: "fat", 1: "exFat", 2: "ext4", 3: "ntfs"}
 
 
@@ -34,7 +56,7 @@ class Record:
 
 
 class Reference:
-    """The daemon. `popups` collects what it shows: (title, first button or None)."""
+    """The daemon. `popups` collects what it shows: (title, buttons)."""
 
     def __init__(self):
         self.ports = []  # devices, in the order of coming
@@ -46,6 +68,7 @@ class Reference:
         self.notice = None
         self.scanned = ""
         self.distracted = False
+        self.language = "en"
         self.clients = {}  # id -> unique name, in the order of registration
         self.files = {}  # mount path -> the media file there
         self.popups = []
@@ -137,12 +160,12 @@ class Reference:
             return
         self.current = record
         self.kind = 1
-        self._offer("Browse")
+        self._offer("browse")
         file_name = self.files.get(device.mountpath)
         if device.usb_class == STORAGE and listed == 1 and file_name:
             self.kind = 0
             self.scanned = file_name
-            self._offer("Play")
+            self._offer("play")
 
     def pull(self, key):
         """A device goes; returns what each client is told: (action, key)."""
@@ -167,12 +190,17 @@ class Reference:
     def _offer(self, button):
         if self.distracted or self.current is None:
             return
-        if button == "Browse":
+        if button == "browse":
             same = self.displayed and self.displayed.device.ids == self.current.device.ids
             if same:
                 return
             self.displayed = self.current
-        self._show("question", f"New device connected: {self.current.device.product}", button)
+        title = self.text("connected") + self.current.device.product
+        self._show("question", title, [self.text(button), self.text("cancel")])
+
+    def text(self, name):
+        """A text in the language of the menu."""
+        return TEXTS[self.language][name]
 
     def _tell_removal(self, name):
         if self.distracted:
@@ -182,16 +210,16 @@ class Reference:
             self.notice = name
         self.displayed = None
         if shown:
-            self._show("notice", name, None)
+            self._show("notice", name, [])
 
     def tell_media_server(self, name):
         """A media server of the network went."""
         self._tell_removal(name)
 
-    def _show(self, kind, title, button):
+    def _show(self, kind, title, buttons):
         replaced = self.on_screen
         self.on_screen = kind
-        self.popups.append((title, button))
+        self.popups.append((title, buttons))
         if replaced == "notice":
             # Its end is told once the screen shows the next; a notice that this hides is none.
             self.hidden()

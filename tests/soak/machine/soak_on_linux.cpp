@@ -1,6 +1,8 @@
 // The daemon on the Linux machine, as people run it, that tells what it knows and holds: "state" on standard
 // input is answered with one JSON object, "memory" with one of the bytes of each kind, which is empty where
 // they cannot be measured. Before either everything that is due is done. The end of standard input ends the main loop.
+#include <libintl.h>
+
 #include <cstdio>
 #include <stdexcept>
 
@@ -8,6 +10,7 @@
 
 #include "Json.h"
 #include "MMDeviceState.h"
+#include "MMNames.h"
 #include "Resources.h"
 #include "Words.h"
 
@@ -74,6 +77,7 @@ std::string stateText() {
                      .with("noticeName", text(state.strRemovalNotice))
                      .with("scannedName", text(state.strScanFileName))
                      .with("clients", list(state.vClients, client))
+                     .with("cancel", text(std::string(dgettext(MMNames::SELF, "COM_SID_CANCEL"))))
                      .with("sources", number(static_cast<std::int64_t>(sources.count())))
                      .done());
 }

@@ -59,7 +59,7 @@ fi
 if wanted soak; then
   if ((release == 0)); then
     soak simulated 4000 500
-    soak linux 50 30
+    soak linux 40 40
   else
     blocked soak
   fi

@@ -36,14 +36,14 @@ cxx_files() {
   fi
 }
 
-# Prints the project's shell scripts, ended by NUL: by name or by first line.
+# Prints the project's shell scripts, ended by NUL: by name or by their first line, which tells how they are run or judged.
 shell_scripts() {
   local file first
   find "$root" \( -path "$root/build" -o -path "$root/.git" -o -name __pycache__ \) -prune \
     -o -type f -print0 | sort -z | while IFS= read -r -d '' file; do
     first=
     IFS= read -r first 2>/dev/null <"$file" || true
-    if [[ $file == *.sh || $first =~ ^'#!'.*[/\ ](ba|da|)sh($|\ ) ]]; then
+    if [[ $file == *.sh || $first =~ ^'#!'.*[/\ ](ba|da|)sh($|\ ) || $first == '# shellcheck shell='* ]]; then
       printf '%s\0' "$file"
     fi
   done

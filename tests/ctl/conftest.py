@@ -5,6 +5,7 @@ import importlib.util
 import pathlib
 import sys
 
+import private_bus
 import pytest
 
 BUS_TESTS = pathlib.Path(__file__).resolve().parents[1] / "bus"
@@ -53,7 +54,7 @@ def start_ruled_bus(tmp_path):
     buses = []
 
     def start(rules=""):
-        buses.append(ctl_process.RuledBus(tmp_path / f"ruled{len(buses)}", rules))
+        buses.append(private_bus.PrivateBus(tmp_path / f"ruled{len(buses)}", rules=rules))
         return buses[-1]
 
     yield start

@@ -13,7 +13,6 @@ import threading
 import time
 
 import child
-import private_bus
 
 PROGRAM = pathlib.Path("ctl", "portmeldctl")
 WITHOUT_SETTINGS = pathlib.Path("tests", "ctl", "portmeldctl-without-settings")
@@ -185,23 +184,6 @@ class FakeDaemon:
         self.process.kill()
         self.process.wait()
         self.process.stdout.close()
-
-
-class RuledBus(private_bus.PrivateBus):
-    """A bus with rules of its own."""
-
-    def __init__(self, folder, rules):
-        folder.mkdir()
-        self.address = f"unix:path={folder}/socket"
-        self._configuration = folder / "bus.conf"
-        text = private_bus.CONFIGURATION.format(address=self.address, own="allow")
-        self._configuration.write_text(text.replace("</busconfig>", rules + "</busconfig>"))
-        self.start()
-
-    def crash(self):
-        """Ends it without a word to anybody."""
-        self._process.kill()
-        self._process.wait()
 
 
 @contextlib.contextmanager

@@ -185,7 +185,7 @@ def test_a_bus_that_ends_during_a_call(start_ruled_bus, start_daemon, start_ctl)
         with calls_seen(bus.address) as wait_for:
             waiting = start_ctl("list", "--timeout", "30", "--bus", bus.address)
             wait_for("RequesAll")
-        bus.crash()
+        bus.kill()
         done = waiting.finish()
     daemon.see_end()
     assert (done.status, done.out) == (3, [])

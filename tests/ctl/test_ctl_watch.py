@@ -186,7 +186,7 @@ def test_the_end_of_the_bus_ends_it(fake_daemon, start_ruled_bus, start_ctl):
     fake_daemon({"Action": 1, "DeviceKey": "a"}, address=bus.address)
     watch = start_ctl("watch", "--interval", NEVER_AGAIN, "--bus", bus.address)
     watch.take()
-    bus.crash()
+    bus.kill()
     assert watch.finish() == (
         3,
         [],

@@ -22,17 +22,16 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 
 
 class PrivateBus:
-    """Allows everything to everybody, but no name when `names` is false. Started at once. Its complaints go
-    where one's own go, or to `errors`."""
+    """Allows everything to everybody, but no name when `names` is false, and what `rules` say besides. Started
+    at once. Its complaints go where one's own go, or to `errors`."""
 
-    def __init__(self, folder, names=True, errors=None):
+    def __init__(self, folder, names=True, rules="", errors=None):
         folder.mkdir()
         self._errors = errors
         self.address = f"unix:path={folder}/socket"
         self._configuration = folder / "bus.conf"
-        self._configuration.write_text(
-            CONFIGURATION.format(address=self.address, own="allow" if names else "deny")
-        )
+        text = CONFIGURATION.format(address=self.address, own="allow" if names else "deny")
+        self._configuration.write_text(text.replace("</busconfig>", rules + "</busconfig>"))
         self.start()
 
     def start(self):

@@ -7,6 +7,7 @@ import subprocess
 
 import pytest
 from machine import Machine, Mounts
+from programs import built
 from settings_helpers import STATE, Store, complaints
 
 KEY = "db/menu_widget/language"
@@ -306,6 +307,22 @@ def test_idle_watches_cost_nothing(probe, store, root):
         before = switches()
         subprocess.run(["sleep", seconds], check=True)
     assert switches() == before
+
+
+def test_a_folder_that_comes_while_the_folders_above_it_are_found_is_entered(probe, store):
+    folder = store.path(KEY).parent
+    folder.parent.mkdir(parents=True, exist_ok=True)
+    race = {
+        "LD_PRELOAD": str(built("linux", "liblate-folder.so")),
+        "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0",
+        "PORTMELD_TEST_LATE_FOLDER": str(folder),
+    }
+    watching = probe(env=race)
+    assert not folder.exists()
+    assert watching.call("watch", KEY, "first") == 0
+    assert folder.is_dir()
+    store(KEY, "inside\n")
+    told(watching, "inside")
 
 
 def test_a_file_system_that_is_mounted_over_a_folder_of_the_key_is_noticed(probe, store, root):

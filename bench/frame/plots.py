@@ -67,7 +67,8 @@ def goals(figures):
         drawing.text(label - 8, y + 14, figure.title, "end")
         drawing.rectangle(label, y + 3, max(1.0, bar * min(share, 2.0)), row - 7, colour)
         words = f"{number(figure.judged)} of {figure.goal.text.lstrip('≤= ')}"
-        drawing.text(label + bar * min(share, 2.0) + 6, y + 14, words, colour=INK)
+        # Never across the line.
+        drawing.text(label + bar * max(1.0, min(share, 2.0)) + 6, y + 14, words, colour=INK)
     bottom = top + row * len(shown)
     drawing.line([(label + bar, top - 8), (label + bar, bottom)], INK, 1, "4 3")
     drawing.text(label + bar, bottom + 16, "the goal", "middle")

@@ -52,9 +52,9 @@ def main(words):
 
     print("\n".join(f"{key}: {value}" for key, value in description.items()), end="\n\n")
     print(report.table(figures))
-    busy = machine.business(description)
-    if busy:
-        print(f"\n{busy}")
+    warning = machine.busy_warning(description)
+    if warning:
+        print(f"\n{warning}")
     return 1 if any(figure.verdict == "FAILED" for figure in figures) or not figures else 0
 
 

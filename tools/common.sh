@@ -36,7 +36,8 @@ cxx_files() {
   fi
 }
 
-# Prints the project's shell scripts, ended by NUL: by name or by their first line, which tells how they are run or judged.
+# Prints the project's shell scripts, ended by NUL: by name, or by the first line, which tells how they are
+# run or judged.
 shell_scripts() {
   local file first
   find "$root" \( -path "$root/build" -o -path "$root/.git" -o -name __pycache__ \) -prune \

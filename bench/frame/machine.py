@@ -28,7 +28,7 @@ def _version(*command):
 BUSY = 0.5  # of a core, for each of them
 
 
-def business(description):
+def busy_warning(description):
     """A warning when the machine had other work when the measures began, else ""."""
     load = float(description["load when it began"])
     if load <= BUSY * int(description["cores"]):

@@ -103,7 +103,7 @@ def test_plots_are_those_of_the_last_run_alone(bench):
 
 @pytest.mark.parametrize("load, warned", [("1.00", False), ("1.01", True)])
 def test_a_machine_that_was_busy_when_it_began_is_told_of(load, warned):
-    assert bool(machine.business({"load when it began": load, "cores": "2"})) == warned
+    assert bool(machine.busy_warning({"load when it began": load, "cores": "2"})) == warned
 
 
 def test_a_missed_goal_is_seen_and_is_no_failure(bench):

@@ -9,9 +9,10 @@ namespace soak {
 /// Memory of the process. Two figures, as either alone is blind: a leak of a few bytes hides in pages
 /// that are there anyway, and pages that malloc does not know are no bytes in use.
 struct Memory {
-    std::size_t inUse = 0;  ///< bytes that malloc has handed out (mallinfo2)
-    std::size_t anonymous =
-        0;  ///< bytes of pages that are in no file, swapped ones too (smaps_rollup)
+    /// Bytes that malloc has handed out (mallinfo2).
+    std::size_t inUse = 0;
+    /// Bytes of pages that are in no file, swapped ones too (smaps_rollup).
+    std::size_t anonymous = 0;
 };
 
 /// Whether memory can be measured: not under a sanitizer, which has a malloc of its own and keeps what
